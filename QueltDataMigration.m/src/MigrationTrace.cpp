@@ -1,0 +1,41 @@
+#include "MigrationTrace.h"
+
+namespace quelt {
+
+namespace {
+
+constexpr int s_message = 0;
+constexpr int s_methodEntry = 1;
+constexpr int s_methodExit = 2;
+
+} // namespace
+
+long MigrationTrace::fail(const char* message, long result, std::source_location where) const {
+    m_trace.beginTrace(s_message) << QueltInTraceClass::GetError() << where.file_name() << "("
+                                  << static_cast<int>(where.line()) << ")";
+    m_trace.endTrace(s_message);
+    m_trace.beginTrace(s_message) << QueltInTraceClass::GetErrorIndent() << message;
+    m_trace.endTrace(s_message);
+    return result;
+}
+
+MethodTrace::MethodTrace(const MigrationTrace& trace, const char* method, std::source_location where)
+    : m_trace(trace.m_trace), m_line(static_cast<int>(where.line())) {
+    if (m_trace.IsActivated() == 0) {
+        return;
+    }
+    m_trace.SetMethod(method);
+    m_isMethodSet = true;
+    m_trace.beginTrace(s_methodEntry).endTraceWithLineNumber(s_methodEntry, m_line);
+}
+
+MethodTrace::~MethodTrace() {
+    if (m_trace.IsActivated() != 0) {
+        m_trace.beginTrace(s_methodExit).endTraceWithLineNumber(s_methodExit, m_line);
+    }
+    if (m_isMethodSet) {
+        m_trace.RemoveMethod();
+    }
+}
+
+} // namespace quelt

@@ -1,0 +1,3 @@
+#include "QueltDataMigration.h"
+
+void QueltDataMigration() {}

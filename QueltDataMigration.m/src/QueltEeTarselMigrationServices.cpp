@@ -1,0 +1,77 @@
+#include "QueltEeTarselMigrationServices.h"
+
+#include "ConfigurationFlag.h"
+#include "FilterGenerator.h"
+#include "MigrationTrace.h"
+#include "ObtainedMapPrinter.h"
+#include "QueltEeGenExprToEeMMExprVisitor.h"
+
+#include "expression/QueltEeFilterExpression.h"
+#include "expression/QueltEeGenericExpression.h"
+#include "expression/QueltEeMultiModelExpression.h"
+#include "expression/QueltEeNode.h"
+#include "infrastructure/QueltInIntHolder.h"
+#include "infrastructure/QueltInMap.h"
+
+namespace {
+
+const quelt::MigrationTrace s_trace("QueltEeTarselMigrationServices");
+const bool s_isRenumbering = quelt::isEnvironmentVariableSet("CGE_MigRen");
+
+QueltInMap* makeOutputMap(QueltInObjectTypeClass* expressionType) {
+    return new QueltInMap(QueltInIntHolder::sType(), expressionType, 3, 0.0F);
+}
+
+QueltEeNode* findRootNode(const QueltEeGenericExpression& genericExpr) {
+    const QueltEeNodeRef* const root = genericExpr.GetNodeRef();
+    return root != nullptr ? root->getNode() : nullptr;
+}
+
+long convertTree(const QueltEeGenericExpression& genericExpr, const QueltEeExpressionContext& context,
+                 unsigned char change, QueltInMap*& outputMap, QueltEeBasicEff* basicEff) {
+    QueltEeGenExprToEeMMExprVisitor visitor(change, context, basicEff);
+    QueltEeNode* const root = findRootNode(genericExpr);
+    if (root == nullptr) {
+        return s_trace.fail("ERROR : unexpected");
+    }
+    s_trace.inform("Visiting GenericExpression NodeRef with visitor QueltEeGenExprToEeMMExprVisitor");
+    long result = root->acceptVisitor(visitor);
+    if (result < 0) {
+        return s_trace.fail("ERROR : acceptVisitor Failed", result);
+    }
+    s_trace.inform("End visiting with QueltEeGenExprToEeMMExprVisitor, get output map :");
+    result = visitor.generateMapDomainIDToEeExpr(outputMap);
+    if (result < 0) {
+        return s_trace.fail("ERROR : generateMapDomainIDToEeExpr failed.", result);
+    }
+    if (!s_trace.isActivated()) {
+        return result;
+    }
+    const long printed = quelt::printObtainedMap(s_trace, *outputMap);
+    return printed < 0 ? printed : result;
+}
+
+} // namespace
+
+QueltEeTarselMigrationServices&
+QueltEeTarselMigrationServices::operator=(const QueltEeTarselMigrationServices& /*other*/) = default;
+
+long QueltEeTarselMigrationServices::ConvertEeGenericExprToEeExpr(const QueltEeGenericExpression& genericExpr,
+                                                                  const QueltEeExpressionContext& context,
+                                                                  unsigned char change, QueltInMap*& outputMap,
+                                                                  QueltEeBasicEff* basicEff) {
+    const quelt::MethodTrace scope(s_trace, "ConvertEeGenericExprToEeExpr");
+    if (genericExpr.IsList() != 0) {
+        s_trace.inform("This is a filter => generating filter : ");
+        outputMap = makeOutputMap(QueltEeFilterExpression::sType());
+        return quelt::FilterGenerator(s_trace, s_isRenumbering, genericExpr, context).run(*outputMap);
+    }
+    if (change != 0) {
+        s_trace.inform("This is a change => generating change : ");
+        outputMap = makeOutputMap(QueltEeChangeExpression::sType());
+    } else {
+        s_trace.inform("This is an effectivity => generating effectivity : ");
+        outputMap = makeOutputMap(QueltEeEffectivityExpression::sType());
+    }
+    return convertTree(genericExpr, context, change, outputMap, basicEff);
+}

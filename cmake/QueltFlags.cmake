@@ -1,0 +1,45 @@
+# Settings that hold for every target of the project.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_COMPILE_WARNING_AS_ERROR ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/lib")
+set(CMAKE_INSTALL_RPATH "$ORIGIN/../lib")
+
+if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+    set(CMAKE_BUILD_TYPE Release CACHE STRING "Kind of build" FORCE)
+endif()
+
+find_program(QUELT_CCACHE ccache)
+if(QUELT_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+    set(CMAKE_CXX_COMPILER_LAUNCHER "${QUELT_CCACHE}")
+endif()
+
+add_compile_options(
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion
+    -fno-semantic-interposition
+    # Trace lines name source files by their path in the repository, wherever it was built.
+    "-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=")
+
+# GCC 12 sees overlapping copies inside its own std::string where there are none.
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+    add_compile_options(-Wno-restrict)
+endif()
+
+add_compile_definitions("$<$<CONFIG:Debug>:_GLIBCXX_ASSERTIONS>")
+
+if(QUELT_SANITIZE)
+    add_compile_options(
+        "-fsanitize=${QUELT_SANITIZE}" -fno-sanitize-recover=all -fno-omit-frame-pointer -O1
+        # The checks that the sanitizers insert hide assignments from this warning.
+        -Wno-maybe-uninitialized)
+    add_link_options("-fsanitize=${QUELT_SANITIZE}")
+elseif(CMAKE_SYSTEM_NAME STREQUAL "Linux")
+    add_link_options(LINKER:--no-undefined)
+endif()

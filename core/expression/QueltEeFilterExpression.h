@@ -1,0 +1,55 @@
+#pragma once
+
+#include "expression/QueltEeExpression.h"
+#include "expression/QueltQmSpecList.h"
+
+class QueltDnf;
+class QueltEeModelDico;
+class QueltEeNodeRef;
+
+/// A filter: a specification list in one dictionary (or in none), seen as one expression: all criteria must hold when
+/// the list-mode flag is 0, at least one when it is not. Named effectivities count as criteria. An empty list, and no
+/// list, is TRUE with the flag 0 and FALSE with another.
+class QUELT_CORE_API QueltEeFilterExpression : public QueltInTyped<QueltEeFilterExpression, QueltEeExpression> {
+public:
+    static constexpr const char* s_className = "QueltEeFilterExpression";
+
+    /// A filter in `dictionary` (not owned, may be null) over `list` (taken over, may be null), with the flag 0.
+    QueltEeFilterExpression(const QueltEeModelDico* dictionary, QueltQmSpecList* list);
+    ~QueltEeFilterExpression() override;
+    QueltEeFilterExpression(const QueltEeFilterExpression&) = delete;
+    QueltEeFilterExpression& operator=(const QueltEeFilterExpression&) = delete;
+
+    /// Shows each criterion as a leaf, then each named effectivity as an effectivity leaf in the filter's dictionary.
+    /// The leaves are the walk's own.
+    long runConstVisitor(QueltEeNodeVisitor& visitor) const override;
+    /// Joins criteria that can be said as one without changing the meaning: equal ones, those on the same variable, and those that decide
+    /// nothing. S_OK; 1 when anything changed.
+    virtual long simplify();
+    /// The disjunctive normal form of the filter, and of its negation; the caller owns it. E_OUTOFMEMORY, and null, past
+    /// the limits of QueltDnf.
+    virtual long getDNF(QueltDnf*& dnf) const;
+    virtual long getNotDNF(QueltDnf*& dnf) const;
+    /// As runConstVisitor; what a leaf holds after its visit is stored back as the criterion.
+    virtual long runVisitor(QueltEeNodeVisitor& visitor);
+
+    /// The filter as a tree of copies (AND or OR of its criteria); the caller owns it.
+    [[nodiscard]] QueltEeNodeRef* makeTree() const;
+    /// The dictionary, or null.
+    [[nodiscard]] const QueltEeModelDico* getDictionary() const noexcept { return m_pDictionary; }
+    void setDictionary(const QueltEeModelDico* dictionary) noexcept { m_pDictionary = dictionary; }
+    /// The list, or null; it stays the filter's.
+    [[nodiscard]] QueltQmSpecList* getSpecList() const noexcept { return m_pList; }
+    /// Takes `list` (may be null) over; the one held before is deleted.
+    void setSpecList(QueltQmSpecList* list);
+    /// The list-mode flag: 0 all criteria, else at least one.
+    [[nodiscard]] int getListMode() const noexcept { return m_listMode; }
+    void setListMode(int listMode) noexcept { m_listMode = listMode; }
+    /// "filter(Truck: all: Engine in {V6})", "filter(at least one: ...)" without dictionary.
+    [[nodiscard]] QueltInString toString() const override;
+
+private:
+    const QueltEeModelDico* m_pDictionary;
+    QueltQmSpecList* m_pList;
+    int m_listMode = 0;
+};

@@ -1,0 +1,130 @@
+#pragma once
+
+#include "dictionary/QueltEeModelDico.h"
+#include "effectivity/QueltEeEffectivity.h"
+#include "effectivity/QueltEeVarEff.h"
+#include "expression/QueltEeNode.h"
+
+/// A node without children.
+class QUELT_CORE_API QueltEeNodeLeaf : public QueltInTyped<QueltEeNodeLeaf, QueltEeNode> {
+public:
+    static constexpr const char* s_className = "QueltEeNodeLeaf";
+};
+
+/// The constant TRUE.
+class QUELT_CORE_API QueltEeTrue : public QueltInTyped<QueltEeTrue, QueltEeNodeLeaf> {
+public:
+    static constexpr const char* s_className = "QueltEeTrue";
+    QueltEeTrue() = default;
+    long acceptVisitor(QueltEeNodeVisitor& visitor) override;
+};
+
+/// The constant FALSE.
+class QUELT_CORE_API QueltEeFalse : public QueltInTyped<QueltEeFalse, QueltEeNodeLeaf> {
+public:
+    static constexpr const char* s_className = "QueltEeFalse";
+    QueltEeFalse() = default;
+    long acceptVisitor(QueltEeNodeVisitor& visitor) override;
+};
+
+/// A leaf that states a criterion.
+class QUELT_CORE_API QueltEeNodeElementaryLeaf : public QueltInTyped<QueltEeNodeElementaryLeaf, QueltEeNodeLeaf> {
+public:
+    static constexpr const char* s_className = "QueltEeNodeElementaryLeaf";
+
+    /// Build a new tree for "this and other", "this or other", "not this": one leaf or constant where one says it
+    /// exactly, else an operator over copies. The caller owns `result`. S_OK always.
+    virtual long opAnd(const QueltEeNodeElementaryLeaf& other, QueltEeNodeRef*& result) const;
+    virtual long opOr(const QueltEeNodeElementaryLeaf& other, QueltEeNodeRef*& result) const;
+    virtual long opNot(QueltEeNodeRef*& result) const;
+    /// Non-zero when the leaf is true (false) in every configuration.
+    [[nodiscard]] virtual unsigned char isEquivalentToTrue() const;
+    [[nodiscard]] virtual unsigned char isEquivalentToFalse() const;
+    /// When the leaf is equivalent to a constant, its reference holds that constant from then on and the leaf is gone;
+    /// non-zero when that happened.
+    virtual unsigned char convertToTrueFalse();
+    /// Combine in place, where the result is a leaf of the same class; E_INVALIDARG, and nothing is changed, where it
+    /// is not.
+    virtual long opAnd(const QueltEeNodeElementaryLeaf& other);
+    virtual long opOr(const QueltEeNodeElementaryLeaf& other);
+    virtual long opNot();
+    /// The object on which the leaf's truth depends (a variable, an effectivity), or null; not owned.
+    [[nodiscard]] virtual const QueltInObject* getConstraintCriterion() const;
+};
+
+/// A leaf that refers to an effectivity in a dictionary.
+class QUELT_CORE_API QueltEeEffLeaf : public QueltInTyped<QueltEeEffLeaf, QueltEeNodeElementaryLeaf> {
+public:
+    static constexpr const char* s_className = "QueltEeEffLeaf";
+
+    /// Refers to `effectivity` in `dictionary`; neither is owned, both may be null.
+    QueltEeEffLeaf(QueltEeEffectivity* effectivity, const QueltEeModelDico* dictionary) noexcept;
+    long acceptVisitor(QueltEeNodeVisitor& visitor) override;
+
+    using QueltEeNodeElementaryLeaf::opAnd;
+    using QueltEeNodeElementaryLeaf::opNot;
+    using QueltEeNodeElementaryLeaf::opOr;
+    long opAnd(const QueltEeNodeElementaryLeaf& other) override;
+    long opOr(const QueltEeNodeElementaryLeaf& other) override;
+    long opNot() override;
+    [[nodiscard]] const QueltInObject* getConstraintCriterion() const override;
+
+    /// The effectivity referred to, or null.
+    [[nodiscard]] virtual QueltEeEffectivity* getTargetEff() const;
+    /// The dictionary, or null.
+    [[nodiscard]] virtual const QueltEeModelDico* getReferencedContext() const;
+    virtual void setReferencedContext(const QueltEeModelDico* dictionary);
+    /// Non-zero when the leaf holds where the effectivity does not.
+    [[nodiscard]] virtual unsigned char isNegated() const;
+
+private:
+    QueltEeEffectivity* m_pEffectivity;
+    const QueltEeModelDico* m_pDictionary;
+    bool m_negated = false;
+};
+
+/// A leaf that holds a variable effectivity, or, as long as none was set, none.
+class QUELT_CORE_API QueltEeVarEffLeaf : public QueltInTyped<QueltEeVarEffLeaf, QueltEeNodeElementaryLeaf> {
+public:
+    static constexpr const char* s_className = "QueltEeVarEffLeaf";
+
+    /// Takes `effectivity` (may be null) over.
+    explicit QueltEeVarEffLeaf(QueltEeVarEff* effectivity = nullptr) noexcept;
+    ~QueltEeVarEffLeaf() override;
+    long acceptVisitor(QueltEeNodeVisitor& visitor) override;
+
+    using QueltEeNodeElementaryLeaf::opAnd;
+    using QueltEeNodeElementaryLeaf::opNot;
+    using QueltEeNodeElementaryLeaf::opOr;
+    [[nodiscard]] unsigned char isEquivalentToTrue() const override;
+    [[nodiscard]] unsigned char isEquivalentToFalse() const override;
+    long opAnd(const QueltEeNodeElementaryLeaf& other) override;
+    long opOr(const QueltEeNodeElementaryLeaf& other) override;
+    long opNot() override;
+    [[nodiscard]] const QueltInObject* getConstraintCriterion() const override;
+
+    /// The variable effectivity, or null; it stays the leaf's.
+    [[nodiscard]] virtual QueltEeVarEff* getVarEff() const;
+    /// Takes `effectivity` over; the one held before is deleted.
+    virtual void setVarEff(QueltEeVarEff& effectivity);
+    /// Hands the effectivity (may be null) to the caller and forgets it.
+    [[nodiscard]] QueltEeVarEff* releaseVarEff() noexcept;
+
+private:
+    QueltEeVarEff* m_pEffectivity;
+};
+
+/// A leaf that restricts by a text which the core does not interpret.
+class QUELT_CORE_API QueltEeRestrictionEffLeaf
+    : public QueltInTyped<QueltEeRestrictionEffLeaf, QueltEeNodeElementaryLeaf> {
+public:
+    static constexpr const char* s_className = "QueltEeRestrictionEffLeaf";
+
+    explicit QueltEeRestrictionEffLeaf(const QueltInString& text);
+    long acceptVisitor(QueltEeNodeVisitor& visitor) override;
+    /// The text.
+    [[nodiscard]] const QueltInString& getText() const noexcept { return m_text; }
+
+private:
+    QueltInString m_text;
+};

@@ -1,0 +1,149 @@
+#pragma once
+
+#include "expression/QueltEeNode.h"
+
+/// Whether the simplifications of groups first turn leaves that are always or never true into TRUE and FALSE.
+enum E_MakeTF : unsigned char {
+    E_DoNotMakeTF = 0, ///< only TRUE and FALSE nodes count
+    E_DoMakeTF = 1     ///< leaves that are equivalent to TRUE or FALSE become those first
+};
+
+/// What groups and single operators share: children.
+class QUELT_CORE_API QueltEeOperator : public QueltInTyped<QueltEeOperator, QueltEeNode> {
+public:
+    static constexpr const char* s_className = "QueltEeOperator";
+
+    /// Deletes the children that the node owns, and its aliases.
+    virtual void deleteChildren() = 0;
+    /// Detaches the children: aliases go, owned ones stay alive and stand alone again.
+    virtual void removeChildren() = 0;
+    /// Appends the children's references to `children`, in order; they stay the node's.
+    virtual void getChildrenRefs(QueltInLinkList& children) const = 0;
+    /// Makes each child accept `visitor`, in order; the first negative result ends the walk and is returned. A child
+    /// reference without node is E_POINTER.
+    virtual long childrenAcceptVisitor(QueltEeNodeVisitor& visitor) = 0;
+};
+
+/// AND or OR over any number of children.
+class QUELT_CORE_API QueltEeGroupOp : public QueltInTyped<QueltEeGroupOp, QueltEeOperator> {
+public:
+    static constexpr const char* s_className = "QueltEeGroupOp";
+
+    ~QueltEeGroupOp() override;
+
+    void deleteChildren() override;
+    void removeChildren() override;
+    void getChildrenRefs(QueltInLinkList& children) const override;
+    long childrenAcceptVisitor(QueltEeNodeVisitor& visitor) override;
+
+    // Simplifications in place. Each answers non-zero when it did something (has...: when it holds). Where a group
+    // "becomes" something, the reference that held the group holds that from then on; the group is gone.
+
+    /// Becomes its only child.
+    virtual unsigned char becomeIfSingleChild();
+    /// Becomes its only child, or, without children, its neutral constant (TRUE for AND, FALSE for OR).
+    virtual unsigned char becomeIfNoOrSingleChild();
+    /// Without children, becomes its neutral constant.
+    virtual unsigned char becomeIfNoChild();
+    /// Whether a child is the strong constant, which decides the group alone (FALSE in AND, TRUE in OR).
+    virtual unsigned char hasStrongNode(E_MakeTF makeTF);
+    /// Becomes the strong constant when it has one among its children.
+    virtual unsigned char becomeIfHasStrongNode(E_MakeTF makeTF);
+    /// Deletes the children that are the weak constant, which decides nothing (TRUE in AND, FALSE in OR).
+    virtual unsigned char removeWeakNodes(E_MakeTF makeTF);
+
+    /// Appends `node`. A node whose reference stands alone comes with that reference, and the group owns it; one that
+    /// has a parent stays that parent's, and the group gets an alias. S_OK; E_INVALIDARG when `node` is this group or
+    /// stands above it.
+    virtual long addChild(QueltEeNode& node);
+    /// The children's references, read and edited directly. What is set there is taken over as by addChild; what is
+    /// removed stands alone again and is the caller's (an alias too). Only references are accepted.
+    [[nodiscard]] virtual QueltInLinkList& getChildren();
+    [[nodiscard]] const QueltInLinkList& getChildren() const;
+
+    /// True for AND, false for OR.
+    [[nodiscard]] bool isAnd() const noexcept { return m_isAnd; }
+
+protected:
+    explicit QueltEeGroupOp(bool isAnd);
+
+private:
+    /// The list of children, which keeps the references' holder and what is known of the group up to date.
+    class QUELT_CORE_API Children : public QueltInLinkList {
+    public:
+        explicit Children(QueltEeGroupOp& group);
+        long Set(unsigned int position, QueltInObject& object) override;
+        long Remove(unsigned int position) override;
+        QueltInObject* PopBack() override;
+
+    private:
+        QueltEeGroupOp& m_group;
+    };
+
+    Children m_children;
+    bool m_isAnd;
+};
+
+/// Conjunction.
+class QUELT_CORE_API QueltEeAndOp : public QueltInTyped<QueltEeAndOp, QueltEeGroupOp> {
+public:
+    static constexpr const char* s_className = "QueltEeAndOp";
+    /// Without children (which is TRUE).
+    QueltEeAndOp();
+    long acceptVisitor(QueltEeNodeVisitor& visitor) override;
+};
+
+/// Disjunction.
+class QUELT_CORE_API QueltEeOrOp : public QueltInTyped<QueltEeOrOp, QueltEeGroupOp> {
+public:
+    static constexpr const char* s_className = "QueltEeOrOp";
+    /// Without children (which is FALSE).
+    QueltEeOrOp();
+    long acceptVisitor(QueltEeNodeVisitor& visitor) override;
+};
+
+/// An operator with one child, or, as long as none was set, with none.
+class QUELT_CORE_API QueltEeSingleOp : public QueltInTyped<QueltEeSingleOp, QueltEeOperator> {
+public:
+    static constexpr const char* s_className = "QueltEeSingleOp";
+
+    ~QueltEeSingleOp() override;
+
+    void deleteChildren() override;
+    void removeChildren() override;
+    void getChildrenRefs(QueltInLinkList& children) const override;
+    /// As declared above; without child it is a success.
+    long childrenAcceptVisitor(QueltEeNodeVisitor& visitor) override;
+
+    /// The child's reference, or null.
+    [[nodiscard]] virtual QueltEeNodeRef* getChildRef() const;
+    /// Makes the node of `child` the child, on the terms of QueltEeGroupOp::addChild; one set before is deleted (when it is an
+    /// alias, only the alias). E_POINTER when the reference holds no node; E_INVALIDARG when the node stands above.
+    virtual long setChildRef(QueltEeNodeRef& child);
+
+private:
+    friend class QueltEeNode;
+    QueltEeNodeRef* m_pChild = nullptr;
+};
+
+/// Negation: what holds for no-variable is turned round too.
+class QUELT_CORE_API QueltEeNotOp : public QueltInTyped<QueltEeNotOp, QueltEeSingleOp> {
+public:
+    static constexpr const char* s_className = "QueltEeNotOp";
+    /// Without child. `isGenerated` is kept for the caller and has no effect: non-zero marks a node that a rewriting made.
+    explicit QueltEeNotOp(unsigned char isGenerated = 0) noexcept;
+    long acceptVisitor(QueltEeNodeVisitor& visitor) override;
+    [[nodiscard]] unsigned char isGenerated() const noexcept { return m_isGenerated; }
+
+private:
+    unsigned char m_isGenerated;
+};
+
+/// Negation within the domain of values: a configuration in which a variable has no value stays as it is.
+class QUELT_CORE_API QueltEeNotDomainOp : public QueltInTyped<QueltEeNotDomainOp, QueltEeSingleOp> {
+public:
+    static constexpr const char* s_className = "QueltEeNotDomainOp";
+    /// Without child.
+    QueltEeNotDomainOp() noexcept;
+    long acceptVisitor(QueltEeNodeVisitor& visitor) override;
+};

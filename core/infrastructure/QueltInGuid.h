@@ -1,0 +1,42 @@
+#pragma once
+
+#include "infrastructure/QueltInObjectVal.h"
+#include "infrastructure/QueltInString.h"
+
+#include <array>
+#include <compare>
+#include <cstdint>
+#include <string_view>
+
+/// A 128-bit globally unique identifier. Its text is lower-case hexadecimal, 8-4-4-4-12, the first byte first (the form
+/// of RFC 4122, section 3).
+class QUELT_CORE_API QueltInGuid : public QueltInTyped<QueltInGuid, QueltInObjectVal> {
+public:
+    static constexpr const char* s_className = "QueltInGuid";
+    using Bytes = std::array<std::uint8_t, 16>;
+
+    /// The empty GUID: all bytes zero.
+    QueltInGuid() = default;
+    /// The GUID with these bytes.
+    explicit QueltInGuid(const Bytes& bytes) noexcept : m_bytes(bytes) {}
+
+    /// Reads the 8-4-4-4-12 form, digits of either case, nothing before or after. E_INVALIDARG, and `guid` as it was,
+    /// for anything else.
+    [[nodiscard]] static long parse(std::string_view text, QueltInGuid& guid) noexcept;
+
+    [[nodiscard]] const Bytes& getBytes() const noexcept { return m_bytes; }
+    [[nodiscard]] QueltInString toString() const override;
+    [[nodiscard]] QueltInObjectVal* clone(QueltInObjectVal* reuse) const override;
+    [[nodiscard]] int equals(const QueltInObjectVal& other) const override;
+    [[nodiscard]] unsigned int hash() const override;
+
+    friend bool operator==(const QueltInGuid& left, const QueltInGuid& right) noexcept {
+        return left.m_bytes == right.m_bytes;
+    }
+    friend std::strong_ordering operator<=>(const QueltInGuid& left, const QueltInGuid& right) noexcept {
+        return left.m_bytes <=> right.m_bytes;
+    }
+
+private:
+    Bytes m_bytes{};
+};

@@ -1,0 +1,201 @@
+#include "infrastructure/QueltInMemory.h"
+
+#include <algorithm>
+#include <functional>
+#include <limits>
+
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define QUELT_POISONS_MEMORY
+#endif
+#endif
+#if defined(__SANITIZE_ADDRESS__)
+#define QUELT_POISONS_MEMORY
+#endif
+#if defined(QUELT_POISONS_MEMORY)
+// The sanitizer's interface; its header is not one of the standard library's.
+extern "C" void __asan_poison_memory_region(const volatile void* memory, std::size_t bytes);
+extern "C" void __asan_unpoison_memory_region(const volatile void* memory, std::size_t bytes);
+#endif
+
+namespace {
+
+constexpr std::size_t s_alignment = 16;
+constexpr std::size_t s_firstBlock = std::size_t{64} * 1024;
+constexpr std::size_t s_largestStep = std::size_t{1024} * 1024;
+constexpr std::size_t s_largestKept = std::size_t{4} * 1024 * 1024;
+
+static_assert(__STDCPP_DEFAULT_NEW_ALIGNMENT__ >= s_alignment, "blocks and heap objects are aligned by operator new");
+
+/// What the calling thread allocates from, and the arenas that it must recognise when memory comes back.
+struct ThreadMemory {
+    QueltInArena* current = nullptr;
+    QueltInArena* arenas = nullptr;
+};
+thread_local constinit ThreadMemory t_memory;
+
+/// Under the address sanitizer arena memory that is not handed out is out of bounds, as it would be on the heap.
+void forbid([[maybe_unused]] const std::byte* memory, [[maybe_unused]] std::size_t bytes) noexcept {
+#if defined(QUELT_POISONS_MEMORY)
+    __asan_poison_memory_region(memory, bytes);
+#endif
+}
+
+void permit([[maybe_unused]] const std::byte* memory, [[maybe_unused]] std::size_t bytes) noexcept {
+#if defined(QUELT_POISONS_MEMORY)
+    __asan_unpoison_memory_region(memory, bytes);
+#endif
+}
+
+} // namespace
+
+void* QueltInMemory::allocate(std::size_t bytes) {
+    QueltInArena* const arena = t_memory.current;
+    return arena != nullptr ? arena->take(bytes) : ::operator new(bytes);
+}
+
+void QueltInMemory::release(void* memory) noexcept {
+    if (memory != nullptr && arenaOf(memory) == nullptr) {
+        ::operator delete(memory);
+    }
+}
+
+QueltInArena* QueltInMemory::arenaOf(const void* memory) noexcept {
+    for (QueltInArena* arena = t_memory.arenas; arena != nullptr; arena = arena->m_pNextOfThread) {
+        if (arena->contains(memory)) {
+            return arena;
+        }
+    }
+    return nullptr;
+}
+
+QueltInArena::QueltInArena() : m_nextBlockSize(s_firstBlock), m_pNextOfThread(t_memory.arenas) {
+    t_memory.arenas = this;
+}
+
+QueltInArena::~QueltInArena() {
+    letGoOfShares();
+    for (const Block& block : m_blocks) {
+        permit(block.memory.get(), block.size);
+    }
+    if (t_memory.current == this) {
+        t_memory.current = nullptr;
+    }
+    for (QueltInArena** link = &t_memory.arenas; *link != nullptr; link = &(*link)->m_pNextOfThread) {
+        if (*link == this) {
+            *link = m_pNextOfThread;
+            return;
+        }
+    }
+}
+
+void QueltInArena::reset() noexcept {
+    letGoOfShares();
+    const auto keepable = [](const Block& block) { return block.size <= s_largestKept ? block.size : 0; };
+    const auto kept = std::max_element(m_blocks.begin(), m_blocks.end(), [&](const Block& left, const Block& right) {
+        return keepable(left) < keepable(right);
+    });
+    m_bytesInUse = 0;
+    m_pNext = nullptr;
+    m_pEnd = nullptr;
+    for (const Block& block : m_blocks) {
+        permit(block.memory.get(), block.size);
+    }
+    if (kept == m_blocks.end() || keepable(*kept) == 0) {
+        m_blocks.clear();
+        return;
+    }
+    std::iter_swap(m_blocks.begin(), kept);
+    m_blocks.erase(m_blocks.begin() + 1, m_blocks.end());
+    m_pNext = m_blocks.front().memory.get();
+    m_pEnd = m_pNext + m_blocks.front().size;
+    forbid(m_pNext, m_blocks.front().size);
+}
+
+std::size_t QueltInArena::bytesReserved() const noexcept {
+    std::size_t bytes = 0;
+    for (const Block& block : m_blocks) {
+        bytes += block.size;
+    }
+    return bytes;
+}
+
+bool QueltInArena::noteShare(void* thing, void (*letGo)(void*) noexcept) {
+    return m_shares.emplace(thing, letGo).second;
+}
+
+void QueltInArena::letGoOfShares() noexcept {
+    for (const auto& [thing, letGo] : m_shares) {
+        letGo(thing);
+    }
+    m_shares.clear();
+}
+
+void* QueltInArena::take(std::size_t bytes) {
+    if (bytes > std::numeric_limits<std::size_t>::max() / 2) {
+        throw std::bad_alloc();
+    }
+    const std::size_t room = std::max((bytes + s_alignment - 1) / s_alignment * s_alignment, s_alignment);
+    std::byte* memory = m_pNext;
+    if (room <= static_cast<std::size_t>(m_pEnd - m_pNext)) {
+        m_pNext += room;
+    } else {
+        memory = takeFromNewBlock(room);
+    }
+    m_bytesInUse += room;
+    permit(memory, bytes);
+    return memory;
+}
+
+std::byte* QueltInArena::takeFromNewBlock(std::size_t room) {
+    if (room > m_nextBlockSize / 4) {
+        return addBlock(room); // to itself, so that what is left of the current block is not lost
+    }
+    std::byte* const memory = addBlock(m_nextBlockSize);
+    m_pNext = memory + room;
+    m_pEnd = memory + m_nextBlockSize;
+    m_nextBlockSize = std::min(m_nextBlockSize * 2, s_largestStep);
+    return memory;
+}
+
+std::byte* QueltInArena::addBlock(std::size_t size) {
+    Block block{std::make_unique_for_overwrite<std::byte[]>(size), size};
+    std::byte* const memory = block.memory.get();
+    const auto behind = std::upper_bound(
+        m_blocks.begin(), m_blocks.end(), memory, [](const std::byte* address, const Block& other) {
+            return std::less<const std::byte*>()(address, other.memory.get());
+        });
+    m_blocks.insert(behind, std::move(block));
+    forbid(memory, size);
+    return memory;
+}
+
+bool QueltInArena::contains(const void* memory) const noexcept {
+    const auto* const wanted = static_cast<const std::byte*>(memory);
+    const std::less<const std::byte*> before;
+    const auto behind =
+        std::upper_bound(m_blocks.begin(), m_blocks.end(), wanted, [&](const std::byte* address, const Block& block) {
+            return before(address, block.memory.get());
+        });
+    if (behind == m_blocks.begin()) {
+        return false;
+    }
+    const Block& block = *(behind - 1);
+    return before(wanted, block.memory.get() + block.size);
+}
+
+QueltInArenaScope::QueltInArenaScope(QueltInArena& arena) noexcept : m_pPrevious(t_memory.current) {
+    t_memory.current = &arena;
+}
+
+QueltInArenaScope::~QueltInArenaScope() {
+    t_memory.current = m_pPrevious;
+}
+
+QueltInHeapScope::QueltInHeapScope() noexcept : m_pPrevious(t_memory.current) {
+    t_memory.current = nullptr;
+}
+
+QueltInHeapScope::~QueltInHeapScope() {
+    t_memory.current = m_pPrevious;
+}

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "infrastructure/QueltCoreExport.h"
+#include "infrastructure/QueltInObjectTypeClass.h"
+
+#include <cstddef>
+#include <new>
+
+class QueltInString;
+
+/// Root of every class whose objects live in containers. Objects are made in the memory that is current on the thread
+/// (see QueltInMemory) and are deleted through their virtual destructor.
+class QUELT_CORE_API QueltInObject {
+public:
+    static constexpr const char* s_className = "QueltInObject";
+
+    virtual ~QueltInObject();
+
+    /// The type class of the object's own, most derived class. Never null, unless memory was exhausted at load.
+    [[nodiscard]] virtual QueltInObjectTypeClass* dType() const;
+    /// The object's structure on one line, for people. The root's gives the class name.
+    [[nodiscard]] virtual QueltInString toString() const;
+
+    /// The type class of this class.
+    [[nodiscard]] static QueltInObjectTypeClass* sType();
+    /// Non-zero: every object is one.
+    [[nodiscard]] static int isObjectOfThisType(const QueltInObject& object);
+    /// The object itself.
+    [[nodiscard]] static QueltInObject* cast(QueltInObject& object);
+    /// The object itself.
+    [[nodiscard]] static const QueltInObject* cast(const QueltInObject& object);
+
+    static void* operator new(std::size_t bytes);
+    static void* operator new(std::size_t bytes, const std::nothrow_t& nothrow) noexcept;
+    static void* operator new(std::size_t bytes, void* place) noexcept;
+    static void operator delete(void* memory) noexcept;
+    static void operator delete(void* memory, const std::nothrow_t& nothrow) noexcept;
+    static void operator delete(void* memory, void* place) noexcept;
+
+protected:
+    QueltInObject() = default;
+    QueltInObject(const QueltInObject&) = default;
+    QueltInObject& operator=(const QueltInObject&) = default;
+};

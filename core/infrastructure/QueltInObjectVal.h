@@ -1,0 +1,21 @@
+#pragma once
+
+#include "infrastructure/QueltInTyped.h"
+
+#include <cstdint>
+
+/// Root of the value objects: those that containers copy and compare by what they hold.
+class QUELT_CORE_API QueltInObjectVal : public QueltInTyped<QueltInObjectVal, QueltInObject> {
+public:
+    static constexpr const char* s_className = "QueltInObjectVal";
+
+    /// A copy of the value, of the same class; the caller owns it. The argument is an older copy that may be reused
+    /// instead, or null.
+    [[nodiscard]] virtual QueltInObjectVal* clone(QueltInObjectVal* reuse) const = 0;
+    /// Non-zero when `other` is of the same class and holds the same.
+    [[nodiscard]] virtual int equals(const QueltInObjectVal& other) const = 0;
+    /// A number that equal values share.
+    [[nodiscard]] virtual unsigned int hash() const = 0;
+    /// As hash(), mixed over all bits, for tables whose size is a power of two.
+    [[nodiscard]] virtual std::uint64_t BinHashFunc() const;
+};

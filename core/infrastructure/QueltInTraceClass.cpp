@@ -1,0 +1,146 @@
+#include "infrastructure/QueltInTraceClass.h"
+
+#include "infrastructure/QueltInTraceSink.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace {
+
+struct OpenMethod {
+    const QueltInTraceClass* object;
+    const char* name;
+};
+
+struct OpenLine {
+    const QueltInTraceClass* object;
+    int level;
+    std::string text;
+};
+
+/// What a thread has begun and not ended, the innermost last.
+struct ThreadTrace {
+    std::vector<OpenMethod> methods;
+    std::vector<OpenLine> lines;
+};
+thread_local ThreadTrace t_trace;
+
+/// Lines that are begun and never ended do not pile up: past this many the oldest is forgotten.
+constexpr std::size_t s_mostOpenLines = 64;
+
+template <class Opened>
+auto innermostOf(std::vector<Opened>& all, const QueltInTraceClass* object) {
+    return std::find_if(all.rbegin(), all.rend(), [&](const Opened& opened) { return opened.object == object; });
+}
+
+OpenLine* innermostLine(const QueltInTraceClass* object) {
+    const auto line = innermostOf(t_trace.lines, object);
+    return line != t_trace.lines.rend() ? &*line : nullptr;
+}
+
+template <class Number>
+void appendNumber(std::string& text, Number number, int base) {
+    std::array<char, 24> digits{};
+    const std::to_chars_result result = std::to_chars(digits.data(), digits.data() + digits.size(), number, base);
+    text.append(digits.data(), result.ptr);
+}
+
+} // namespace
+
+QueltInTraceClass::QueltInTraceClass(const char* className, const char* domainName) noexcept
+    : m_className(className != nullptr ? className : ""), m_domainName(domainName != nullptr ? domainName : "") {}
+
+QueltInTraceClass::~QueltInTraceClass() = default;
+
+int QueltInTraceClass::IsActivated() const noexcept {
+    const QueltInTraceCapture* const capture = QueltInTraceCapture::innermost();
+    const bool captured = capture != nullptr && capture->m_wanted == QueltInTraceCapture::Wanted::everything;
+    return captured || QueltInTraceSink::isAskedForAll() ? 1 : 0;
+}
+
+void QueltInTraceClass::SetMethod(const char* name) {
+    t_trace.methods.push_back({this, name != nullptr ? name : ""});
+}
+
+void QueltInTraceClass::RemoveMethod() noexcept {
+    const auto method = innermostOf(t_trace.methods, this);
+    if (method != t_trace.methods.rend()) {
+        t_trace.methods.erase(std::next(method).base());
+    }
+}
+
+QueltInTraceClass& QueltInTraceClass::beginTrace(int level) {
+    if (t_trace.lines.size() >= s_mostOpenLines) {
+        t_trace.lines.erase(t_trace.lines.begin());
+    }
+    t_trace.lines.push_back({this, level, {}});
+    return *this;
+}
+
+QueltInTraceClass& QueltInTraceClass::operator<<(const char* text) {
+    if (OpenLine* const line = innermostLine(this); line != nullptr && text != nullptr) {
+        line->text += text;
+    }
+    return *this;
+}
+
+QueltInTraceClass& QueltInTraceClass::operator<<(int number) {
+    if (OpenLine* const line = innermostLine(this); line != nullptr) {
+        appendNumber(line->text, number, 10);
+    }
+    return *this;
+}
+
+QueltInTraceClass& QueltInTraceClass::operator<<(unsigned int number) {
+    if (OpenLine* const line = innermostLine(this); line != nullptr) {
+        appendNumber(line->text, number, 10);
+    }
+    return *this;
+}
+
+QueltInTraceClass& QueltInTraceClass::operator<<(const void* pointer) {
+    if (OpenLine* const line = innermostLine(this); line != nullptr) {
+        line->text += "0x";
+        appendNumber(line->text, reinterpret_cast<std::uintptr_t>(pointer), 16);
+    }
+    return *this;
+}
+
+void QueltInTraceClass::endTrace(int level) {
+    endTraceWithLineNumber(level, 0);
+}
+
+void QueltInTraceClass::endTraceWithLineNumber(int level, int line) {
+    const auto begun = std::find_if(t_trace.lines.rbegin(), t_trace.lines.rend(), [&](const OpenLine& open) {
+        return open.object == this && open.level == level;
+    });
+    if (begun == t_trace.lines.rend()) {
+        return;
+    }
+    const auto method = innermostOf(t_trace.methods, this);
+    QueltInTraceLine ended{m_className, m_domainName, method != t_trace.methods.rend() ? method->name : "",
+                           level,       line,         std::move(begun->text)};
+    t_trace.lines.erase(std::next(begun).base());
+
+    QueltInTraceCapture* const capture = QueltInTraceCapture::innermost();
+    const bool allWereAskedFor = QueltInTraceSink::isAskedForAll();
+    if (capture == nullptr || allWereAskedFor) {
+        QueltInTraceSink::hand(ended);
+    }
+    if (capture != nullptr) {
+        capture->take(std::move(ended), allWereAskedFor);
+    }
+}
+
+const char* QueltInTraceClass::GetError() noexcept {
+    return "[ERROR] ";
+}
+
+const char* QueltInTraceClass::GetErrorIndent() noexcept {
+    return "        ";
+}

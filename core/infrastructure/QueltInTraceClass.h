@@ -1,0 +1,48 @@
+#pragma once
+
+#include "infrastructure/QueltCoreExport.h"
+
+/// What one source file traces through: it names the class and the domain of its lines, and hands each whole line to
+/// the sink (see QueltInTraceSink.h). Methods and unfinished lines belong to the calling thread, so one object serves
+/// concurrent calls; their lines may interleave, whole.
+class QUELT_CORE_API QueltInTraceClass {
+public:
+    /// A trace object for the class `className` in the domain `domainName`; both texts need static storage.
+    QueltInTraceClass(const char* className, const char* domainName) noexcept;
+    ~QueltInTraceClass();
+    QueltInTraceClass(const QueltInTraceClass&) = delete;
+    QueltInTraceClass& operator=(const QueltInTraceClass&) = delete;
+
+    /// Non-zero when trace output is wanted of this object on this thread: the environment variable QUELT_TRACE was
+    /// set when the core was loaded, or a capture that asks for everything is open (QueltInTraceCapture).
+    [[nodiscard]] int IsActivated() const noexcept;
+    /// Opens the method `name` (text that lives until RemoveMethod) on this thread; lines of this object show the
+    /// innermost method that is still open.
+    void SetMethod(const char* name);
+    /// Closes the innermost method of this object on this thread; nothing happens when none is open.
+    void RemoveMethod() noexcept;
+    /// Starts a line at `level` (0 message, 1 method entry, 2 method exit) and returns the object for chaining.
+    QueltInTraceClass& beginTrace(int level);
+    /// Append to the line that this thread has begun; without one nothing happens. Null text appends nothing.
+    QueltInTraceClass& operator<<(const char* text);
+    QueltInTraceClass& operator<<(int number);
+    QueltInTraceClass& operator<<(unsigned int number);
+    QueltInTraceClass& operator<<(const void* pointer);
+    /// Ends the line started at `level` and hands it to the sink.
+    void endTrace(int level);
+    /// As endTrace, and records the source line number `line`.
+    void endTraceWithLineNumber(int level, int line);
+
+    /// The prefix of the first line of an error report, "[ERROR] ".
+    [[nodiscard]] static const char* GetError() noexcept;
+    /// The indentation of its second line, eight blanks.
+    [[nodiscard]] static const char* GetErrorIndent() noexcept;
+
+    /// The names that its lines carry.
+    [[nodiscard]] const char* getClassName() const noexcept { return m_className; }
+    [[nodiscard]] const char* getDomainName() const noexcept { return m_domainName; }
+
+private:
+    const char* m_className;
+    const char* m_domainName;
+};

@@ -1,0 +1,75 @@
+#pragma once
+
+#include "infrastructure/QueltCoreExport.h"
+
+#include <string>
+#include <vector>
+
+/// One line of the trace facility as data.
+struct QueltInTraceLine {
+    /// The class and the domain of the trace object that wrote the line.
+    std::string className;
+    std::string domainName;
+    /// The innermost open method of that object, empty when none was.
+    std::string methodName;
+    /// 0 message, 1 method entry, 2 method exit.
+    int level = 0;
+    /// The source line number that entry and exit lines carry, else 0.
+    int lineNumber = 0;
+    /// The text of the line.
+    std::string text;
+
+    friend bool operator==(const QueltInTraceLine&, const QueltInTraceLine&) = default;
+};
+
+/// Where lines go that no capture takes. The default sink writes to standard error, or appends to the file that the
+/// environment variable QUELT_TRACE names (read once, when the core is loaded; "stderr" names standard error).
+class QUELT_CORE_API QueltInTraceSink {
+public:
+    virtual ~QueltInTraceSink();
+    /// Takes one line. Called on any thread, by one at a time.
+    virtual void write(const QueltInTraceLine& line) = 0;
+
+    /// Makes `sink` the one of the process until another call; null brings the default sink back. The sink is not owned
+    /// and must stay until it is replaced. Returns the one before, null for the default sink.
+    static QueltInTraceSink* replace(QueltInTraceSink* sink) noexcept;
+
+private:
+    friend class QueltInTraceClass;
+    /// True when QUELT_TRACE asks for all lines.
+    [[nodiscard]] static bool isAskedForAll() noexcept;
+    /// Hands `line` to the sink of the process. A line that comes out of the writing of another is dropped.
+    static void hand(const QueltInTraceLine& line);
+};
+
+/// Keeps the lines of its own thread, in order, for as long as the scope lives; captures nest, the innermost takes the
+/// lines. When QUELT_TRACE is set the lines go to the sink as well.
+class QUELT_CORE_API QueltInTraceCapture {
+public:
+    /// What the capture asks the trace objects for on this thread.
+    enum class Wanted {
+        unconditionalLines, ///< errors and warnings only, as without any trace, also when QUELT_TRACE is set
+        everything          ///< every line: trace objects answer that they are activated
+    };
+    /// Opens the capture.
+    explicit QueltInTraceCapture(Wanted wanted);
+    /// Closes it.
+    ~QueltInTraceCapture();
+    QueltInTraceCapture(const QueltInTraceCapture&) = delete;
+    QueltInTraceCapture& operator=(const QueltInTraceCapture&) = delete;
+
+    /// The lines so far.
+    [[nodiscard]] const std::vector<QueltInTraceLine>& lines() const noexcept { return m_lines; }
+    /// Forgets the lines so far, so that one capture serves many conversions.
+    void clear() noexcept { m_lines.clear(); }
+
+private:
+    friend class QueltInTraceClass;
+    /// The capture that takes the lines of this thread, null when there is none.
+    [[nodiscard]] static QueltInTraceCapture* innermost() noexcept;
+    void take(QueltInTraceLine&& line, bool allWereAskedFor);
+
+    std::vector<QueltInTraceLine> m_lines;
+    Wanted m_wanted;
+    QueltInTraceCapture* m_pOuter;
+};

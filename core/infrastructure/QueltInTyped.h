@@ -1,0 +1,48 @@
+#pragma once
+
+#include "infrastructure/QueltInObject.h"
+
+/// The type registry's part of a class, written once. A class says its base and its name, and nothing more:
+///
+///     class QueltEeTrue : public QueltInTyped<QueltEeTrue, QueltEeNodeLeaf> {
+///     public:
+///         static constexpr const char* s_className = "QueltEeTrue";
+///
+/// and its source file, in the one library that holds the class, includes QueltInTypedDefinition.h and says
+///
+///     template class QueltInTyped<QueltEeTrue, QueltEeNodeLeaf>;
+///
+/// That line makes the type class when the library is loaded and releases it when it is unloaded.
+template <class Self, class Base>
+class QUELT_CORE_API QueltInTyped : public Base {
+public:
+    using Base::Base;
+
+    /// The class's type class, made on the first call; null only when memory was exhausted then.
+    [[nodiscard]] static QueltInObjectTypeClass* sType();
+
+    [[nodiscard]] QueltInObjectTypeClass* dType() const override;
+
+    /// Non-zero when `object` is of this class or of one derived from it.
+    [[nodiscard]] static int isObjectOfThisType(const QueltInObject& object) {
+        const QueltInObjectTypeClass* const type = object.dType();
+        return type != nullptr ? type->isa(sType()) : 0;
+    }
+    /// `object` as this class, or null when it is not one.
+    [[nodiscard]] static Self* cast(QueltInObject& object) {
+        return isObjectOfThisType(object) != 0 ? static_cast<Self*>(&object) : nullptr;
+    }
+    /// As above, for a constant object.
+    [[nodiscard]] static const Self* cast(const QueltInObject& object) {
+        return isObjectOfThisType(object) != 0 ? static_cast<const Self*>(&object) : nullptr;
+    }
+    /// As above; null gives null.
+    [[nodiscard]] static Self* cast(QueltInObject* object) { return object != nullptr ? cast(*object) : nullptr; }
+    /// As above; null gives null.
+    [[nodiscard]] static const Self* cast(const QueltInObject* object) {
+        return object != nullptr ? cast(*object) : nullptr;
+    }
+
+private:
+    static const QueltInObjectTypeOwner QueltInObject_internal_staticType_owner;
+};
