@@ -36,10 +36,12 @@ add_compile_definitions("$<$<CONFIG:Debug>:_GLIBCXX_ASSERTIONS>")
 
 if(QUELT_SANITIZE)
     add_compile_options(
-        "-fsanitize=${QUELT_SANITIZE}" -fno-sanitize-recover=all -fno-omit-frame-pointer -O1
-        # The checks that the sanitizers insert hide assignments from this warning.
-        -Wno-maybe-uninitialized)
+        "-fsanitize=${QUELT_SANITIZE}" -fno-sanitize-recover=all -fno-omit-frame-pointer -O1)
     add_link_options("-fsanitize=${QUELT_SANITIZE}")
+    if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+        # The checks that the sanitizers insert hide assignments from this warning.
+        add_compile_options(-Wno-maybe-uninitialized)
+    endif()
 elseif(CMAKE_SYSTEM_NAME STREQUAL "Linux")
     add_link_options(LINKER:--no-undefined)
 endif()

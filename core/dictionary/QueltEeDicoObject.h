@@ -20,7 +20,8 @@ public:
     /// The GUID.
     [[nodiscard]] const QueltInGuid& getGuid() const noexcept { return m_guid; }
 
-    /// Gives an object that is only known by its GUID a name made from it, "GUID-" and the GUID's text. S_OK always.
+    /// Gives an object that is only known by its GUID a name made from it, "GUID-" and the GUID's text. S_OK
+    /// always.
     long initFakeName();
     /// Sets both, for an object that stands for one which is not at hand. S_OK always.
     long initFakeNameAndGuid(const QueltInString& name, const QueltInGuid& guid);

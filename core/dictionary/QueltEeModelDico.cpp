@@ -6,7 +6,8 @@
 
 template class QueltInTyped<QueltEeModelDico, QueltEeDicoObject>;
 
-QueltEeModelDico::QueltEeModelDico(const QueltInString& name, const QueltInGuid& guid) : QueltInTyped(name, guid) {}
+QueltEeModelDico::QueltEeModelDico(const QueltInString& name, const QueltInGuid& guid)
+    : QueltInTyped(name, guid) {}
 
 QueltEeModelDico::~QueltEeModelDico() = default;
 

@@ -11,8 +11,8 @@
 
 class QueltEeTreeSeriesVar;
 
-/// A model dictionary (MD): what one model of the product knows of features. It owns its variables. A variable that it
-/// holds keeps the name and the GUID that it was added with.
+/// A model dictionary (MD): what one model of the product knows of features. It owns its variables. A
+/// variable that it holds keeps the name and the GUID that it was added with.
 class QUELT_CORE_API QueltEeModelDico : public QueltInTyped<QueltEeModelDico, QueltEeDicoObject> {
 public:
     static constexpr const char* s_className = "QueltEeModelDico";
@@ -23,9 +23,9 @@ public:
     QueltEeModelDico(const QueltEeModelDico&) = delete;
     QueltEeModelDico& operator=(const QueltEeModelDico&) = delete;
 
-    /// Takes `variable` over, which becomes held by this dictionary. E_POINTER for null, E_ALREADYTHERE when the
-    /// name is taken here (by the variable itself, too), E_INVALIDARG when another dictionary holds the variable;
-    /// whoever had it before has it then, and nothing is changed.
+    /// Takes `variable` over, which becomes held by this dictionary. E_POINTER for null, E_ALREADYTHERE when
+    /// the name is taken here (by the variable itself, too), E_INVALIDARG when another dictionary holds the
+    /// variable; whoever had it before has it then, and nothing is changed.
     long addVariable(QueltEeVariable* variable);
     /// The variable with this name, or null.
     [[nodiscard]] QueltEeVariable* getVariable(std::string_view name) const;

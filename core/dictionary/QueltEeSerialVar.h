@@ -42,16 +42,16 @@ public:
 
     /// What the numbers count.
     [[nodiscard]] virtual SerialExternalType getExternalType() const { return m_externalType; }
-    /// The revision table: a map from sequence number (QueltInIntHolder) to QueltEeSerialVarValue, in the order of the
-    /// table; not owned by the caller. Null and E_FAIL when the variable has no revision table.
+    /// The revision table: a map from sequence number (QueltInIntHolder) to QueltEeSerialVarValue, in the
+    /// order of the table; not owned by the caller. Null and E_FAIL when the variable has no revision table.
     virtual long getSeqNb2Revisions(const QueltInMap*& revisions) const;
     /// Gives the variable a revision table, empty when it had none.
     void makeRevisionTable();
-    /// Adds a revision, making the table when there is none. A number given twice keeps its place and takes the later
-    /// text.
+    /// Adds a revision, making the table when there is none. A number given twice keeps its place and takes
+    /// the later text.
     void addRevision(const QueltInString& revision, unsigned int sequenceNumber);
-    /// True when `other` is the same feature (the same GUID) with the same revisions under the same numbers, so that
-    /// a sequence number means the same in both. No table is as good as an empty one.
+    /// True when `other` is the same feature (the same GUID) with the same revisions under the same numbers,
+    /// so that a sequence number means the same in both. No table is as good as an empty one.
     [[nodiscard]] bool agreesWith(const QueltEeSerialVar& other) const;
 
 private:

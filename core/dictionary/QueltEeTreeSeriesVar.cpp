@@ -22,14 +22,15 @@ bool haveSameParent(const QueltEeTreeSeriesElement& left, const QueltEeTreeSerie
 } // namespace
 
 QueltEeTreeSeriesElement::QueltEeTreeSeriesElement(unsigned int sequenceNumber,
-                                                   const QueltEeTreeSeriesElement* parent, std::uint32_t index)
+                                                   const QueltEeTreeSeriesElement* parent,
+                                                   std::uint32_t index)
     : m_sequenceNumber(sequenceNumber), m_depth(parent != nullptr ? parent->m_depth + 1 : 0), m_index(index),
       m_pParent(parent), m_pJump(this) {
     if (parent == nullptr) {
         return;
     }
-    // Where the parent's jump and the jump from there are equally long, one jump replaces both: lengths then follow
-    // the skew binary numbers, and a way of n steps up takes a number of jumps in the logarithm of n.
+    // Where the parent's jump and the jump from there are equally long, one jump replaces both: lengths then
+    // follow the skew binary numbers, and a way of n steps up takes a number of jumps in the logarithm of n.
     const QueltEeTreeSeriesElement& above = *parent->m_pJump;
     const bool joins = parent->m_depth - above.m_depth == above.m_depth - above.m_pJump->m_depth;
     m_pJump = joins ? above.m_pJump : parent;
@@ -49,7 +50,8 @@ QueltInString QueltEeTreeSeriesElement::toString() const {
     return text.take();
 }
 
-QueltEeTreeSeriesVar::QueltEeTreeSeriesVar(const QueltInString& name, const QueltInGuid& guid, unsigned int number)
+QueltEeTreeSeriesVar::QueltEeTreeSeriesVar(const QueltInString& name, const QueltInGuid& guid,
+                                           unsigned int number)
     : QueltInTyped(name, guid), m_number(number) {}
 
 QueltEeTreeSeriesVar::~QueltEeTreeSeriesVar() = default;
@@ -68,7 +70,8 @@ long QueltEeTreeSeriesVar::add(unsigned int sequenceNumber, const QueltEeTreeSer
         return E_ALREADYTHERE;
     }
     const auto index = static_cast<std::uint32_t>(m_elements.size());
-    std::unique_ptr<QueltEeTreeSeriesElement> element(new QueltEeTreeSeriesElement(sequenceNumber, parent, index));
+    std::unique_ptr<QueltEeTreeSeriesElement> element(
+        new QueltEeTreeSeriesElement(sequenceNumber, parent, index));
     m_byNumber.emplace(sequenceNumber, element.get());
     m_elements.push_back(std::move(element));
     return S_OK;
@@ -95,8 +98,9 @@ bool QueltEeTreeSeriesVar::agreesWith(const QueltEeTreeSeriesVar& other) const {
     if (getGuid() != other.getGuid() || m_elements.size() != other.m_elements.size()) {
         return false;
     }
-    return std::ranges::all_of(m_elements, [&other](const std::unique_ptr<QueltEeTreeSeriesElement>& element) {
-        const auto same = other.m_byNumber.find(element->getSeqNumber());
-        return same != other.m_byNumber.end() && haveSameParent(*element, *same->second);
-    });
+    return std::ranges::all_of(
+        m_elements, [&other](const std::unique_ptr<QueltEeTreeSeriesElement>& element) {
+            const auto same = other.m_byNumber.find(element->getSeqNumber());
+            return same != other.m_byNumber.end() && haveSameParent(*element, *same->second);
+        });
 }

@@ -27,16 +27,19 @@ public:
 
 private:
     friend class QueltEeTreeSeriesVar;
-    QueltEeTreeSeriesElement(unsigned int sequenceNumber, const QueltEeTreeSeriesElement* parent, std::uint32_t index);
+    QueltEeTreeSeriesElement(unsigned int sequenceNumber, const QueltEeTreeSeriesElement* parent,
+                             std::uint32_t index);
 
     unsigned int m_sequenceNumber;
     std::uint32_t m_depth;
     std::uint32_t m_index;
     const QueltEeTreeSeriesElement* m_pParent;
-    const QueltEeTreeSeriesElement* m_pJump; // far above, so that every ancestor is a few steps away; the root's is itself
+    const QueltEeTreeSeriesElement*
+        m_pJump; // far above, so that every ancestor is a few steps away; the root's is itself
 };
 
-/// A branching series: its elements form a tree. Number 18 is the product series' tree, 19 the manufacturing series'.
+/// A branching series: its elements form a tree. Number 18 is the product series' tree, 19 the manufacturing
+/// series'.
 class QUELT_CORE_API QueltEeTreeSeriesVar : public QueltInTyped<QueltEeTreeSeriesVar, QueltEeVariable> {
 public:
     static constexpr const char* s_className = "QueltEeTreeSeriesVar";
@@ -51,10 +54,11 @@ public:
     [[nodiscard]] unsigned int getNumber() const noexcept { return m_number; }
     /// Adds the root: E_ALREADYTHERE, and nothing is changed, when there is one.
     long addRootElement(unsigned int sequenceNumber);
-    /// Adds an element below the one with the number `parent`: E_INVALIDARG when there is none, E_ALREADYTHERE
-    /// when `sequenceNumber` is taken; nothing is changed then.
+    /// Adds an element below the one with the number `parent`: E_INVALIDARG when there is none,
+    /// E_ALREADYTHERE when `sequenceNumber` is taken; nothing is changed then.
     long addElement(unsigned int sequenceNumber, unsigned int parent);
-    /// The element with this sequence number, null when there is none (S_OK all the same); not owned by the caller.
+    /// The element with this sequence number, null when there is none (S_OK all the same); not owned by the
+    /// caller.
     virtual long getElement(unsigned int sequenceNumber, QueltEeTreeSeriesElement*& element) const;
     /// The root, null when the series has no elements; not owned by the caller.
     [[nodiscard]] virtual QueltEeTreeSeriesElement* getRootTreeSeriesElement() const;
@@ -64,8 +68,8 @@ public:
     }
     /// True when `element` is one of this series' own, not one of another series with the same number.
     [[nodiscard]] bool owns(const QueltEeTreeSeriesElement& element) const noexcept;
-    /// True when `other` is the same feature (the same GUID) with the same tree of sequence numbers, added in whatever
-    /// order.
+    /// True when `other` is the same feature (the same GUID) with the same tree of sequence numbers, added in
+    /// whatever order.
     [[nodiscard]] bool agreesWith(const QueltEeTreeSeriesVar& other) const;
 
 private:

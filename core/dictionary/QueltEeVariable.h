@@ -4,8 +4,8 @@
 
 class QueltEeModelDico;
 
-/// A feature of a configurable product as one dictionary knows it. The same feature in two dictionaries is two variables
-/// with the same GUID.
+/// A feature of a configurable product as one dictionary knows it. The same feature in two dictionaries is
+/// two variables with the same GUID.
 class QUELT_CORE_API QueltEeVariable : public QueltInTyped<QueltEeVariable, QueltEeDicoObject> {
 public:
     static constexpr const char* s_className = "QueltEeVariable";

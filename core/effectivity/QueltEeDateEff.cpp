@@ -112,7 +112,8 @@ std::string QueltEeDate::format(std::int64_t seconds) {
     if (seconds < startOfYear(0) || seconds >= startOfYear(10000)) {
         return std::to_string(seconds);
     }
-    const auto days = std::chrono::floor<std::chrono::days>(std::chrono::sys_seconds(std::chrono::seconds(seconds)));
+    const auto days =
+        std::chrono::floor<std::chrono::days>(std::chrono::sys_seconds(std::chrono::seconds(seconds)));
     const std::chrono::year_month_day day(days);
     std::string text(dateForm);
     putNumber(text, 0, 4, static_cast<int>(day.year()));

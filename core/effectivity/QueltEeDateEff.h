@@ -20,16 +20,16 @@ struct QUELT_CORE_API QueltEeDate {
     static constexpr std::int64_t s_openBelow = std::numeric_limits<std::int64_t>::min();
     static constexpr std::int64_t s_openAbove = std::numeric_limits<std::int64_t>::max();
 
-    /// Reads "YYYY-MM-DD" or "YYYY-MM-DDThh:mm:ssZ" (ISO 8601), years 0000 to 9999, days that exist, no leap seconds;
-    /// nothing for any other text.
+    /// Reads "YYYY-MM-DD" or "YYYY-MM-DDThh:mm:ssZ" (ISO 8601), years 0000 to 9999, days that exist, no leap
+    /// seconds; nothing for any other text.
     [[nodiscard]] static std::optional<std::int64_t> parse(std::string_view text) noexcept;
-    /// The shorter of the two forms that says it exactly. Outside the years 0000 to 9999, which neither form can say,
-    /// the number of seconds.
+    /// The shorter of the two forms that says it exactly. Outside the years 0000 to 9999, which neither form
+    /// can say, the number of seconds.
     [[nodiscard]] static std::string format(std::int64_t seconds);
 };
 
-/// A date effectivity: intervals of time, closed below and open above, kept as given. It has no variable. An interval
-/// that does not end after its start holds nothing.
+/// A date effectivity: intervals of time, closed below and open above, kept as given. It has no variable. An
+/// interval that does not end after its start holds nothing.
 class QUELT_CORE_API QueltEeDateEff : public QueltInTyped<QueltEeDateEff, QueltEeVarEff> {
 public:
     static constexpr const char* s_className = "QueltEeDateEff";

@@ -36,6 +36,7 @@ long QueltEeEffectivity::removeExpr(QueltEeExpression*& expression) {
 
 QueltEeNodeRef* QueltEeBasicEff::getOwnNodeRef() const {
     QueltEeGenericExpression* const generic = QueltEeGenericExpression::cast(expression());
-    // The expression is this effectivity's own, and hands its tree out as constant only because it is asked so.
+    // The expression is this effectivity's own, and hands its tree out as constant only because it is asked
+    // so.
     return generic != nullptr ? const_cast<QueltEeNodeRef*>(generic->GetNodeRef()) : nullptr;
 }

@@ -5,8 +5,9 @@
 class QueltEeExpression;
 class QueltEeNodeRef;
 
-/// A named effectivity with an expression of its own, which it owns. Leaves, lists and operations share effectivities
-/// and never delete them: they belong to a context or to whoever made them, and must outlive what refers to them.
+/// A named effectivity with an expression of its own, which it owns. Leaves, lists and operations share
+/// effectivities and never delete them: they belong to a context or to whoever made them, and must outlive
+/// what refers to them.
 class QUELT_CORE_API QueltEeEffectivity : public QueltInTyped<QueltEeEffectivity, QueltEeDicoObject> {
 public:
     static constexpr const char* s_className = "QueltEeEffectivity";
@@ -46,6 +47,7 @@ public:
     static constexpr const char* s_className = "QueltEeBasicEff";
     using QueltInTyped::QueltInTyped;
 
-    /// The root of its own expression when that is a generic expression with a tree, else null; not owned by the caller.
+    /// The root of its own expression when that is a generic expression with a tree, else null; not owned by
+    /// the caller.
     [[nodiscard]] virtual QueltEeNodeRef* getOwnNodeRef() const;
 };

@@ -9,7 +9,8 @@ namespace {
 /// Walks the bounds of a set from below: inside after the first, outside after the second, and so on.
 class BoundCursor {
 public:
-    explicit BoundCursor(std::span<const IntervalSet::Interval> intervals) noexcept : m_intervals(intervals) {}
+    explicit BoundCursor(std::span<const IntervalSet::Interval> intervals) noexcept
+        : m_intervals(intervals) {}
 
     [[nodiscard]] bool isAtEnd() const noexcept { return m_passed == 2 * m_intervals.size(); }
     [[nodiscard]] bool isInside() const noexcept { return m_passed % 2 != 0; }

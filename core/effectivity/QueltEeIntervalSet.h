@@ -8,8 +8,8 @@
 
 namespace quelt {
 
-/// A set of signed 64-bit whole numbers as half-open intervals: ascending, none empty, none touching the next. The same
-/// numbers are always the same intervals.
+/// A set of signed 64-bit whole numbers as half-open intervals: ascending, none empty, none touching the
+/// next. The same numbers are always the same intervals.
 class IntervalSet {
 public:
     /// From `from` on, up to but not including `to`.

@@ -152,7 +152,8 @@ QueltEeVarEff* QueltEeOptionEff::createVarEffClone() const {
     return new QueltEeOptionEff(*this);
 }
 
-QueltEeSelectionEff::QueltEeSelectionEff(const QueltEeSelectionVar* variable) noexcept : QueltInTyped(variable) {}
+QueltEeSelectionEff::QueltEeSelectionEff(const QueltEeSelectionVar* variable) noexcept
+    : QueltInTyped(variable) {}
 
 QueltEeVarEff* QueltEeSelectionEff::createVarEffClone() const {
     return new QueltEeSelectionEff(*this);

@@ -10,13 +10,14 @@ enum class SetOperation;
 } // namespace quelt
 
 /// An effectivity on a variable whose values have names. It holds value numbers in the order they were given,
-/// repetitions included. All values of the variable together, with "no variable", are everything. Without variable there
-/// are no values, and only "no variable" counts.
+/// repetitions included. All values of the variable together, with "no variable", are everything. Without
+/// variable there are no values, and only "no variable" counts.
 class QUELT_CORE_API QueltEeNamedValueEff : public QueltInTyped<QueltEeNamedValueEff, QueltEeVarEff> {
 public:
     static constexpr const char* s_className = "QueltEeNamedValueEff";
 
-    /// Adds the value with this number; E_INVALIDARG when the variable has none such (or there is no variable).
+    /// Adds the value with this number; E_INVALIDARG when the variable has none such (or there is no
+    /// variable).
     long addValue(std::uint32_t number);
     /// The value numbers as given.
     [[nodiscard]] std::span<const std::uint32_t> getValues() const noexcept { return m_values.values(); }

@@ -17,7 +17,8 @@ using Numbers = quelt::IntervalSet::Interval;
 constexpr int openLower = QueltInSerialInterval::s_openLower;
 constexpr int openUpper = QueltInSerialInterval::s_openUpper;
 /// All numbers that a series can have.
-constexpr Numbers allNumbers{std::numeric_limits<int>::min(), std::int64_t{std::numeric_limits<int>::max()} + 1};
+constexpr Numbers allNumbers{std::numeric_limits<int>::min(),
+                             std::int64_t{std::numeric_limits<int>::max()} + 1};
 
 Numbers numbersOf(const QueltEeSerialEff::Interval& interval) noexcept {
     const std::int64_t from = std::int64_t{interval.a} + (interval.aIncl != 0 ? 0 : 1);
@@ -25,8 +26,8 @@ Numbers numbersOf(const QueltEeSerialEff::Interval& interval) noexcept {
     return {interval.a == openLower ? allNumbers.from : from, interval.b == openUpper ? allNumbers.to : to};
 }
 
-/// `numbers` as an interval with inclusive bounds. Where a bound would read as an open end and is none, the next number
-/// outside stands there, exclusive.
+/// `numbers` as an interval with inclusive bounds. Where a bound would read as an open end and is none, the
+/// next number outside stands there, exclusive.
 QueltEeSerialEff::Interval intervalOf(const Numbers& numbers) noexcept {
     const auto first = static_cast<int>(numbers.from);
     const auto last = static_cast<int>(numbers.to - 1);
@@ -71,7 +72,8 @@ long QueltEeSerialEff::set(const QueltInListVal& intervals) {
         if (interval == nullptr) {
             return E_INVALIDARG;
         }
-        replacement.push_back({interval->getA(), interval->getB(), interval->getAIncl(), interval->getBIncl()});
+        replacement.push_back(
+            {interval->getA(), interval->getB(), interval->getAIncl(), interval->getBIncl()});
     }
     m_intervals = replacement;
     return S_OK;

@@ -11,9 +11,10 @@ class IntervalSet;
 enum class SetOperation;
 } // namespace quelt
 
-/// An effectivity on a flat series: intervals of sequence numbers, kept as given. As a set it holds the whole numbers of
-/// its intervals, from -2147483648 to 2147483647; a lower bound of -2000000000 and an upper bound of 2000000000 are open
-/// ends, whatever their flags. An interval whose lower bound is above its upper bound holds nothing.
+/// An effectivity on a flat series: intervals of sequence numbers, kept as given. As a set it holds the whole
+/// numbers of its intervals, from -2147483648 to 2147483647; a lower bound of -2000000000 and an upper bound
+/// of 2000000000 are open ends, whatever their flags. An interval whose lower bound is above its upper bound
+/// holds nothing.
 class QUELT_CORE_API QueltEeSerialEff : public QueltInTyped<QueltEeSerialEff, QueltEeVarEff> {
 public:
     static constexpr const char* s_className = "QueltEeSerialEff";
@@ -32,10 +33,11 @@ public:
 
     /// The serial variable, or null.
     [[nodiscard]] virtual const QueltEeSerialVar* getOrdVar() const { return m_pVariable; }
-    /// Appends the intervals, as QueltInSerialInterval, to `intervals`. E_INVALIDARG when the list refuses them.
+    /// Appends the intervals, as QueltInSerialInterval, to `intervals`. E_INVALIDARG when the list refuses
+    /// them.
     virtual long getIntervals(QueltInListVal& intervals) const;
-    /// Replaces the intervals by those of the list. E_INVALIDARG, and nothing is changed, when an element is not a
-    /// QueltInSerialInterval.
+    /// Replaces the intervals by those of the list. E_INVALIDARG, and nothing is changed, when an element is
+    /// not a QueltInSerialInterval.
     virtual long set(const QueltInListVal& intervals);
     /// Appends an interval.
     void addInterval(const Interval& interval) { m_intervals.push_back(interval); }
@@ -44,7 +46,8 @@ public:
     /// True when a configuration with this sequence number is in.
     [[nodiscard]] bool holdsFor(int sequenceNumber) const;
 
-    /// "Unit in [10, 20) | [30, +inf]", with the flags; the brackets show the inclusive flags as they are kept.
+    /// "Unit in [10, 20) | [30, +inf]", with the flags; the brackets show the inclusive flags as they are
+    /// kept.
     [[nodiscard]] QueltInString toString() const override;
     [[nodiscard]] QueltEeVarEff* createVarEffClone() const override;
     [[nodiscard]] const QueltEeDicoObject* getVar() const override { return m_pVariable; }

@@ -14,8 +14,9 @@ public:
     static constexpr const char* s_className = "QueltEeTreeBaseEff";
 };
 
-/// An effectivity on a branching series: the elements of its selections, kept as given. All elements together, with "no
-/// variable", are everything. Without variable there are no elements, and only "no variable" counts.
+/// An effectivity on a branching series: the elements of its selections, kept as given. All elements
+/// together, with "no variable", are everything. Without variable there are no elements, and only "no
+/// variable" counts.
 class QUELT_CORE_API QueltEeTreeSeriesEff : public QueltInTyped<QueltEeTreeSeriesEff, QueltEeTreeBaseEff> {
 public:
     static constexpr const char* s_className = "QueltEeTreeSeriesEff";
@@ -36,7 +37,8 @@ public:
     [[nodiscard]] unsigned char isAllFalse() const override;
     [[nodiscard]] unsigned char isAllTrue() const override;
     /// Appends a copy of `selection`. E_INVALIDARG, and nothing is changed, when it is not a
-    /// QueltEeTreeSeriesSelection, or names an element that is not of the variable; so always without variable.
+    /// QueltEeTreeSeriesSelection, or names an element that is not of the variable; so always without
+    /// variable.
     virtual long addSelection(const QueltEeTreeSelection& selection);
 
     /// The selections as given.
@@ -45,8 +47,8 @@ public:
     }
     /// The variable, or null.
     [[nodiscard]] const QueltEeTreeSeriesVar* getTreeVar() const noexcept { return m_pVariable; }
-    /// True when a configuration with this element is in. An element of another series stands for the variable's own
-    /// with the same number; false when there is none.
+    /// True when a configuration with this element is in. An element of another series stands for the
+    /// variable's own with the same number; false when there is none.
     [[nodiscard]] bool holdsFor(const QueltEeTreeSeriesElement& element) const;
 
 private:

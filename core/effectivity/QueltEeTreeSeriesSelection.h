@@ -33,10 +33,10 @@ public:
     static constexpr const char* s_className = "QueltEeTreeSelection";
 };
 
-/// A selection of elements of a tree series: a single element; or the elements on the way from one bound to another
-/// down the tree, from the root where there is no from-bound, to the leaves below where there is no to-bound. With
-/// several to-bounds, the ways to each. Where a to-bound is not the from-bound's own element or below it, there is no
-/// way, hence nothing.
+/// A selection of elements of a tree series: a single element; or the elements on the way from one bound to
+/// another down the tree, from the root where there is no from-bound, to the leaves below where there is no
+/// to-bound. With several to-bounds, the ways to each. Where a to-bound is not the from-bound's own element
+/// or below it, there is no way, hence nothing.
 class QUELT_CORE_API QueltEeTreeSeriesSelection
     : public QueltInTyped<QueltEeTreeSeriesSelection, QueltEeTreeSelection> {
 public:
@@ -51,14 +51,15 @@ public:
     /// Everything: no bound at all.
     QueltEeTreeSeriesSelection() = default;
 
-    /// Makes it the selection of one element (of none, when the bound is not included). E_POINTER when the bound has no
-    /// element, E_ALREADYTHERE when a single element or another bound is set; nothing is changed then.
+    /// Makes it the selection of one element (of none, when the bound is not included). E_POINTER when the
+    /// bound has no element, E_ALREADYTHERE when a single element or another bound is set; nothing is changed
+    /// then.
     virtual long setSingleSelection(const QueltEeTreeSeriesSelectionBound& bound);
-    /// Sets where the way starts. E_POINTER when the bound has no element, E_ALREADYTHERE when a single element or
-    /// another from-bound is set; nothing is changed then.
+    /// Sets where the way starts. E_POINTER when the bound has no element, E_ALREADYTHERE when a single
+    /// element or another from-bound is set; nothing is changed then.
     virtual long setFromBound(const QueltEeTreeSeriesSelectionBound& bound);
-    /// Adds an end of the way. E_POINTER when the bound has no element, E_ALREADYTHERE when a single element is set;
-    /// nothing is changed then.
+    /// Adds an end of the way. E_POINTER when the bound has no element, E_ALREADYTHERE when a single element
+    /// is set; nothing is changed then.
     virtual long addToBound(const QueltEeTreeSeriesSelectionBound& bound);
 
     [[nodiscard]] const std::optional<Bound>& getSingle() const noexcept { return m_single; }
@@ -66,8 +67,8 @@ public:
     [[nodiscard]] std::span<const Bound> getTo() const noexcept { return m_to.values(); }
     /// True when `element` belongs to the selection.
     [[nodiscard]] bool contains(const QueltEeTreeSeriesElement& element) const;
-    /// "[5]" for a single element, "[7, 9]" for a way, with "-inf" and "+inf" where a bound is missing; round brackets
-    /// where it is not included. Several ways stand one behind the other: "[7, 9] | [7, 11]".
+    /// "[5]" for a single element, "[7, 9]" for a way, with "-inf" and "+inf" where a bound is missing; round
+    /// brackets where it is not included. Several ways stand one behind the other: "[7, 9] | [7, 11]".
     [[nodiscard]] QueltInString toString() const override;
 
 private:

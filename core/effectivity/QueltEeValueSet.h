@@ -8,8 +8,8 @@
 
 namespace quelt {
 
-/// A set of numbers below a limit, a bit each: the values of a variable by their number, the elements of a tree by their
-/// index.
+/// A set of numbers below a limit, a bit each: the values of a variable by their number, the elements of a
+/// tree by their index.
 class ValueSet {
 public:
     /// The empty set of numbers below `limit`.

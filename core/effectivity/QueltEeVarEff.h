@@ -4,15 +4,16 @@
 
 #include <string_view>
 
-/// A variable effectivity: the set of values of one variable for which something applies, and whether it applies in a
-/// configuration in which the variable has no value ("no variable"). Two flags carry this: `negated` turns everything
-/// round, "no variable" included; the no-variable flag says whether "no variable" is in before that.
+/// A variable effectivity: the set of values of one variable for which something applies, and whether it
+/// applies in a configuration in which the variable has no value ("no variable"). Two flags carry this:
+/// `negated` turns everything round, "no variable" included; the no-variable flag says whether "no variable"
+/// is in before that.
 ///
-/// Set operations work in place and are exact. They answer E_INVALIDARG, and change nothing, when the other effectivity
-/// is of another class or on another variable, and E_OUTOFMEMORY when the result would pass 1,000,000 intervals or
-/// values. Two variables with the same GUID count as one when their values agree, whatever dictionaries hold them (see
-/// agreesWith() of the variables); no variable counts as one with no variable. An operation stores its result in
-/// normal form: not negated, sorted, each value once.
+/// Set operations work in place and are exact. They answer E_INVALIDARG, and change nothing, when the other
+/// effectivity is of another class or on another variable, and E_OUTOFMEMORY when the result would pass
+/// 1,000,000 intervals or values. Two variables with the same GUID count as one when their values agree,
+/// whatever dictionaries hold them (see agreesWith() of the variables); no variable counts as one with no
+/// variable. An operation stores its result in normal form: not negated, sorted, each value once.
 class QUELT_CORE_API QueltEeVarEff : public QueltInTyped<QueltEeVarEff, QueltInObject> {
 public:
     static constexpr const char* s_className = "QueltEeVarEff";
@@ -21,7 +22,8 @@ public:
     [[nodiscard]] virtual QueltEeVarEff* createVarEffClone() const = 0;
     /// The variable, or null (dates have none).
     [[nodiscard]] virtual const QueltEeDicoObject* getVar() const = 0;
-    /// Non-zero when `other` denotes the same: the same class, variable, values and "no variable", however written.
+    /// Non-zero when `other` denotes the same: the same class, variable, values and "no variable", however
+    /// written.
     [[nodiscard]] virtual unsigned char equals(const QueltEeVarEff& other) const = 0;
     /// Intersection, union, and difference with `other`.
     virtual long opAnd(const QueltEeVarEff& other) = 0;

@@ -4,7 +4,10 @@
 
 #include <cstdint>
 
+class QueltEeEffectivity;
+class QueltEeNode;
 class QueltEeNodeRef;
+class QueltEeVarEff;
 
 /// The kinds of criteria that a subtree holds: evolution (series), variant (options, selections), change, history
 /// (dates), effectivity, inherited effectivity.
@@ -58,6 +61,13 @@ public:
     /// series evolution, dates history; an effectivity leaf is change when it refers to a predefined effectivity,
     /// inherited effectivity for a basic one, effectivity for another; constants and leaves that refer to nothing add
     /// nothing. Refused are NOT-domain, E_NOTIMPL, and restriction leaves, E_UNEXPECTED, however deep; the first one
-    /// met, a node before its children and those in order, gives the result. A reference without node is E_POINTER.
+    /// met, a node before its children and those in order, gives the result. A reference without node, here or below, is
+    /// E_POINTER. `classification` is as it was after a failure.
     virtual long classify(const QueltEeNodeRef& reference, QueltEVCClassification& classification);
+
+private:
+    [[nodiscard]] static std::uint16_t kindOf(const QueltEeVarEff* effectivity);
+    [[nodiscard]] static std::uint16_t kindOf(const QueltEeEffectivity* effectivity);
+    [[nodiscard]] static std::uint16_t kindOf(const QueltEeNode& node);
+    [[nodiscard]] static std::uint16_t find(const QueltEeNode& root);
 };

@@ -23,11 +23,13 @@ public:
     /// Shows each criterion as a leaf, then each named effectivity as an effectivity leaf in the filter's dictionary.
     /// The leaves are the walk's own.
     long runConstVisitor(QueltEeNodeVisitor& visitor) const override;
-    /// Joins criteria that can be said as one without changing the meaning: equal ones, those on the same variable, and those that decide
-    /// nothing. S_OK; 1 when anything changed.
+    /// Makes the list shorter without changing the meaning: of the criteria on the same variable the first one takes the
+    /// others in, those that decide nothing go, and where one decides alone the others go. Named effectivities are left as
+    /// they are, unless a criterion decides alone. S_OK; 1 when anything changed, and the filter has a new list then;
+    /// E_FAIL, and nothing is changed, when a criterion gives no copy.
     virtual long simplify();
-    /// The disjunctive normal form of the filter, and of its negation; the caller owns it. E_OUTOFMEMORY, and null, past
-    /// the limits of QueltDnf.
+    /// The disjunctive normal form of the filter, and of its negation; the caller owns `dnf`. Results as QueltDnf::make;
+    /// E_FAIL, and null, when a criterion gives no copy.
     virtual long getDNF(QueltDnf*& dnf) const;
     virtual long getNotDNF(QueltDnf*& dnf) const;
     /// As runConstVisitor; what a leaf holds after its visit is stored back as the criterion.

@@ -17,6 +17,8 @@ public:
     static constexpr const char* s_className = "QueltEeTrue";
     QueltEeTrue() = default;
     long acceptVisitor(QueltEeNodeVisitor& visitor) override;
+    [[nodiscard]] QueltEeNodeRef* clone() const override;
+    [[nodiscard]] QueltInString toString() const override;
 };
 
 /// The constant FALSE.
@@ -25,6 +27,8 @@ public:
     static constexpr const char* s_className = "QueltEeFalse";
     QueltEeFalse() = default;
     long acceptVisitor(QueltEeNodeVisitor& visitor) override;
+    [[nodiscard]] QueltEeNodeRef* clone() const override;
+    [[nodiscard]] QueltInString toString() const override;
 };
 
 /// A leaf that states a criterion.
@@ -33,18 +37,18 @@ public:
     static constexpr const char* s_className = "QueltEeNodeElementaryLeaf";
 
     /// Build a new tree for "this and other", "this or other", "not this": one leaf or constant where one says it
-    /// exactly, else an operator over copies. The caller owns `result`. S_OK always.
+    /// exactly, else an operator over copies. The caller owns `result`. S_OK; E_FAIL, and null, when a leaf gives no copy.
     virtual long opAnd(const QueltEeNodeElementaryLeaf& other, QueltEeNodeRef*& result) const;
     virtual long opOr(const QueltEeNodeElementaryLeaf& other, QueltEeNodeRef*& result) const;
     virtual long opNot(QueltEeNodeRef*& result) const;
     /// Non-zero when the leaf is true (false) in every configuration.
     [[nodiscard]] virtual unsigned char isEquivalentToTrue() const;
     [[nodiscard]] virtual unsigned char isEquivalentToFalse() const;
-    /// When the leaf is equivalent to a constant, its reference holds that constant from then on and the leaf is gone;
-    /// non-zero when that happened.
+    /// When the leaf is equivalent to a constant, the reference that owns it holds that constant from then on and the
+    /// leaf is gone; non-zero when that happened. Nothing happens to a leaf that no reference owns yet.
     virtual unsigned char convertToTrueFalse();
-    /// Combine in place, where the result is a leaf of the same class; E_INVALIDARG, and nothing is changed, where it
-    /// is not.
+    /// Combine in place two leaves on the same criterion, where the result is a leaf of the same class; E_INVALIDARG, and
+    /// nothing is changed, where it is not. Variable effectivities add their own failures.
     virtual long opAnd(const QueltEeNodeElementaryLeaf& other);
     virtual long opOr(const QueltEeNodeElementaryLeaf& other);
     virtual long opNot();
@@ -60,6 +64,8 @@ public:
     /// Refers to `effectivity` in `dictionary`; neither is owned, both may be null.
     QueltEeEffLeaf(QueltEeEffectivity* effectivity, const QueltEeModelDico* dictionary) noexcept;
     long acceptVisitor(QueltEeNodeVisitor& visitor) override;
+    [[nodiscard]] QueltEeNodeRef* clone() const override;
+    [[nodiscard]] QueltInString toString() const override;
 
     using QueltEeNodeElementaryLeaf::opAnd;
     using QueltEeNodeElementaryLeaf::opNot;
@@ -76,8 +82,12 @@ public:
     virtual void setReferencedContext(const QueltEeModelDico* dictionary);
     /// Non-zero when the leaf holds where the effectivity does not.
     [[nodiscard]] virtual unsigned char isNegated() const;
+    /// True when both refer to the same effectivity (not to none) in the same dictionary, negated or not.
+    [[nodiscard]] bool isSameCriterion(const QueltEeEffLeaf& other) const noexcept;
 
 private:
+    [[nodiscard]] long combineWithSame(const QueltEeNodeElementaryLeaf& other) const;
+
     QueltEeEffectivity* m_pEffectivity;
     const QueltEeModelDico* m_pDictionary;
     bool m_negated = false;
@@ -92,6 +102,8 @@ public:
     explicit QueltEeVarEffLeaf(QueltEeVarEff* effectivity = nullptr) noexcept;
     ~QueltEeVarEffLeaf() override;
     long acceptVisitor(QueltEeNodeVisitor& visitor) override;
+    [[nodiscard]] QueltEeNodeRef* clone() const override;
+    [[nodiscard]] QueltInString toString() const override;
 
     using QueltEeNodeElementaryLeaf::opAnd;
     using QueltEeNodeElementaryLeaf::opNot;
@@ -111,6 +123,9 @@ public:
     [[nodiscard]] QueltEeVarEff* releaseVarEff() noexcept;
 
 private:
+    /// What `other` holds when both leaves hold something, else null.
+    [[nodiscard]] const QueltEeVarEff* partnerIn(const QueltEeNodeElementaryLeaf& other) const;
+
     QueltEeVarEff* m_pEffectivity;
 };
 
@@ -122,6 +137,8 @@ public:
 
     explicit QueltEeRestrictionEffLeaf(const QueltInString& text);
     long acceptVisitor(QueltEeNodeVisitor& visitor) override;
+    [[nodiscard]] QueltEeNodeRef* clone() const override;
+    [[nodiscard]] QueltInString toString() const override;
     /// The text.
     [[nodiscard]] const QueltInString& getText() const noexcept { return m_text; }
 

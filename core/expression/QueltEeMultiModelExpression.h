@@ -35,8 +35,10 @@ public:
         [[nodiscard]] QueltInString toString() const override;
 
     private:
+        friend class QueltEeMultiModelExpression;
         QueltEeNodeRef* m_pInherited;
         QueltEeNodeRef* m_pOwn;
+        bool m_isFiled = false;
     };
 
     /// A dictionary (not owned) with its criterion.
@@ -51,14 +53,14 @@ public:
 
     /// The global criterion, then per dictionary the inherited and the own part.
     long runConstVisitor(QueltEeNodeVisitor& visitor) const override;
-    /// Rewrites each part into a shorter one that means the same: constants, double negations, nested groups of one
-    /// kind, leaves on the same variable. S_OK; 1 when anything changed.
+    /// Rewrites each part into a shorter one that means the same (see quelt::simplifyTree); a part that is an alias stays
+    /// as it is. S_OK; 1 when anything changed.
     virtual long simplify();
     /// Files the global criterion; the expression takes the reference over (see QueltEeNodeRef::takeFor). E_POINTER for
     /// null; E_ALREADYTHERE when there is one, which stays; what was refused stays the caller's.
     virtual long setGlobalCriteria(QueltEeNodeRef* criterion);
-    /// Rewrites each part into disjunctive normal form: an OR of ANDs of leaves. E_OUTOFMEMORY past the limits of QueltDnf; nothing is
-    /// changed then. S_OK; 1 when anything changed.
+    /// Rewrites each part into disjunctive normal form: an OR of ANDs of leaves, or less where less will do. S_OK; 1 when
+    /// anything changed; failures as QueltDnf::make, and nothing is changed then.
     virtual long develop();
     /// Files the criterion of `dictionary` (by GUID), which the expression takes over. E_POINTER for null;
     /// E_ALREADYTHERE when that dictionary has one, which stays; what was refused stays the caller's.

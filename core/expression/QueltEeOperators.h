@@ -37,7 +37,10 @@ public:
     long childrenAcceptVisitor(QueltEeNodeVisitor& visitor) override;
 
     // Simplifications in place. Each answers non-zero when it did something (has...: when it holds). Where a group
-    // "becomes" something, the reference that held the group holds that from then on; the group is gone.
+    // "becomes" something, the reference that owned the group holds that from then on (as an alias, when the group's only
+    // child is one); the group is gone. Without such a reference (QueltEeNode::hasNodeRef) nothing is done, since
+    // nobody could find what the group has become. A leaf that is aliased counts as the constant that it is equivalent
+    // to, but stays a leaf in the tree that owns it.
 
     /// Becomes its only child.
     virtual unsigned char becomeIfSingleChild();
@@ -56,8 +59,10 @@ public:
     /// has a parent stays that parent's, and the group gets an alias. S_OK; E_INVALIDARG when `node` is this group or
     /// stands above it.
     virtual long addChild(QueltEeNode& node);
-    /// The children's references, read and edited directly. What is set there is taken over as by addChild; what is
-    /// removed stands alone again and is the caller's (an alias too). Only references are accepted.
+    /// The children's references, read and edited directly. A reference that stands alone is taken over when it is set
+    /// there, of one that is held an alias is made (see QueltEeNodeRef::takeFor), on addChild's terms; E_POINTER for one
+    /// without node, E_INVALIDARG for any other object. What is removed stands alone again and is the caller's, an alias
+    /// too.
     [[nodiscard]] virtual QueltInLinkList& getChildren();
     [[nodiscard]] const QueltInLinkList& getChildren() const;
 
@@ -68,6 +73,8 @@ protected:
     explicit QueltEeGroupOp(bool isAnd);
 
 private:
+    [[nodiscard]] unsigned char becomeConstant(bool value);
+
     /// The list of children, which keeps the references' holder and what is known of the group up to date.
     class QUELT_CORE_API Children : public QueltInLinkList {
     public:
@@ -75,6 +82,8 @@ private:
         long Set(unsigned int position, QueltInObject& object) override;
         long Remove(unsigned int position) override;
         QueltInObject* PopBack() override;
+        /// Deletes the children that are the constant `value`.
+        void dropConstants(bool value, E_MakeTF makeTF);
 
     private:
         QueltEeGroupOp& m_group;
@@ -117,12 +126,12 @@ public:
 
     /// The child's reference, or null.
     [[nodiscard]] virtual QueltEeNodeRef* getChildRef() const;
-    /// Makes the node of `child` the child, on the terms of QueltEeGroupOp::addChild; one set before is deleted (when it is an
-    /// alias, only the alias). E_POINTER when the reference holds no node; E_INVALIDARG when the node stands above.
+    /// Makes the node of `child` the child, taking the reference over as QueltEeGroupOp::getChildren does; one set before is
+    /// deleted with what it owns (which `child` must not be part of), unless it is `child` itself. E_POINTER when the reference
+    /// holds no node; E_INVALIDARG when the node is this one or stands above it.
     virtual long setChildRef(QueltEeNodeRef& child);
 
 private:
-    friend class QueltEeNode;
     QueltEeNodeRef* m_pChild = nullptr;
 };
 
@@ -139,7 +148,12 @@ private:
     unsigned char m_isGenerated;
 };
 
-/// Negation within the domain of values: a configuration in which a variable has no value stays as it is.
+/// Negation within the domain of values: what is said of configurations in which a variable has no value stays.
+///
+/// NOT-domain of a tree means the tree with NOT-domain at its leaves, and AND and OR exchanged on the way there. At a
+/// variable effectivity it is QueltEeVarEff::opNotDom; it turns an effectivity leaf round, and TRUE into FALSE and back.
+/// NOT stays NOT: NOT-domain of NOT(x) is NOT of NOT-domain of x, and twice NOT-domain is nothing. So what a tree means
+/// below NOT-domain follows from how it is written: leaves on one variable may not be combined there as they may elsewhere.
 class QUELT_CORE_API QueltEeNotDomainOp : public QueltInTyped<QueltEeNotDomainOp, QueltEeSingleOp> {
 public:
     static constexpr const char* s_className = "QueltEeNotDomainOp";

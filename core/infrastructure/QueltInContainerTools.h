@@ -7,8 +7,10 @@
 
 namespace quelt {
 
-/// True when `object` may be held where `declared` was declared. Nothing may where nothing was declared (null).
-[[nodiscard]] inline bool isAdmitted(const QueltInObjectTypeClass* declared, const QueltInObject& object) noexcept {
+/// True when `object` may be held where `declared` was declared. Nothing may where nothing was declared
+/// (null).
+[[nodiscard]] inline bool isAdmitted(const QueltInObjectTypeClass* declared,
+                                     const QueltInObject& object) noexcept {
     const QueltInObjectTypeClass* const type = object.dType();
     return type != nullptr && type->isa(declared) != 0;
 }
@@ -19,8 +21,8 @@ namespace quelt {
     return capacity <= 0 ? 0U : static_cast<std::uint32_t>(capacity < most ? capacity : most);
 }
 
-/// Writes one container, brackets and separators included. Containers hold objects by pointer, so a container may
-/// contain itself: where one comes again inside itself, or nesting gets absurd, three dots stand for it.
+/// Writes one container, brackets and separators included. Containers hold objects by pointer, so a container
+/// may contain itself: where one comes again inside itself, or nesting gets absurd, three dots stand for it.
 class ContainerText {
 public:
     /// Starts the text of `container` with `opening`; it ends with `closing`.

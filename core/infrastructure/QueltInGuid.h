@@ -8,8 +8,8 @@
 #include <cstdint>
 #include <string_view>
 
-/// A 128-bit globally unique identifier. Its text is lower-case hexadecimal, 8-4-4-4-12, the first byte first (the form
-/// of RFC 4122, section 3).
+/// A 128-bit globally unique identifier. Its text is lower-case hexadecimal, 8-4-4-4-12, the first byte first
+/// (the form of RFC 4122, section 3).
 class QUELT_CORE_API QueltInGuid : public QueltInTyped<QueltInGuid, QueltInObjectVal> {
 public:
     static constexpr const char* s_className = "QueltInGuid";
@@ -20,8 +20,8 @@ public:
     /// The GUID with these bytes.
     explicit QueltInGuid(const Bytes& bytes) noexcept : m_bytes(bytes) {}
 
-    /// Reads the 8-4-4-4-12 form, digits of either case, nothing before or after. E_INVALIDARG, and `guid` as it was,
-    /// for anything else.
+    /// Reads the 8-4-4-4-12 form, digits of either case, nothing before or after. E_INVALIDARG, and `guid` as
+    /// it was, for anything else.
     [[nodiscard]] static long parse(std::string_view text, QueltInGuid& guid) noexcept;
 
     [[nodiscard]] const Bytes& getBytes() const noexcept { return m_bytes; }

@@ -33,7 +33,8 @@ void QueltInHashIndex::erase(std::uint64_t hash, std::uint32_t position) noexcep
         }
         gap = (gap + 1) & mask;
     }
-    // Whatever a search would have to step over the gap to reach moves into it, so that no search stops too early.
+    // Whatever a search would have to step over the gap to reach moves into it, so that no search stops too
+    // early.
     for (std::uint64_t next = (gap + 1) & mask; m_slots[next].position != s_none; next = (next + 1) & mask) {
         const std::uint64_t distanceFromHome = (next - m_slots[next].hash) & mask;
         if (distanceFromHome >= ((next - gap) & mask)) {

@@ -14,10 +14,10 @@ constexpr std::uint64_t mixBits(std::uint64_t number) noexcept {
     return number ^ (number >> 31U);
 }
 
-/// Finds positions in a sequence by hash, for the containers that keep their elements in the order of insertion. It
-/// holds positions only and is built when a sequence has grown past the length at which looking at every element is
-/// faster (s_scanLimit). A container builds it when it inserts, never when it looks up, so that many threads may look up
-/// in a container that none changes.
+/// Finds positions in a sequence by hash, for the containers that keep their elements in the order of
+/// insertion. It holds positions only and is built when a sequence has grown past the length at which looking
+/// at every element is faster (s_scanLimit). A container builds it when it inserts, never when it looks up,
+/// so that many threads may look up in a container that none changes.
 class QueltInHashIndex {
 public:
     /// "Not found".
@@ -31,8 +31,8 @@ public:
     void clear() noexcept;
     /// Enters `position` under `hash`.
     void insert(std::uint64_t hash, std::uint32_t position);
-    /// Forgets `position`, which was entered under `hash`, and moves all greater ones down by one, as they do in a
-    /// sequence that loses the element at `position`.
+    /// Forgets `position`, which was entered under `hash`, and moves all greater ones down by one, as they do
+    /// in a sequence that loses the element at `position`.
     void erase(std::uint64_t hash, std::uint32_t position) noexcept;
     /// The first position entered under `hash` for which `matches(position)` holds, else s_none.
     template <class Matches>
@@ -49,15 +49,15 @@ public:
         return s_none;
     }
 
-    /// Enters the element that the container is about to append to `sequence` under `hash`; nothing happens while the
-    /// sequence is short. `hashOf` gives the hash of an element that is there already. What throws leaves the index as
-    /// it was.
+    /// Enters the element that the container is about to append to `sequence` under `hash`; nothing happens
+    /// while the sequence is short. `hashOf` gives the hash of an element that is there already. What throws
+    /// leaves the index as it was.
     template <class Sequence, class HashOf>
     void insertInto(const Sequence& sequence, std::uint64_t hash, HashOf hashOf) {
-        if (sequence.size() < s_scanLimit) {
-            return;
-        }
         if (!isBuilt()) {
+            if (sequence.size() < s_scanLimit) {
+                return;
+            }
             QueltInHashIndex index;
             for (std::uint32_t position = 0; position < sequence.size(); ++position) {
                 index.insert(hashOf(sequence[position]), position);
@@ -66,8 +66,8 @@ public:
         }
         insert(hash, sequence.size());
     }
-    /// The position of the element of `sequence` that `matches`, else s_none; `hash` computes what such an element was
-    /// entered under.
+    /// The position of the element of `sequence` that `matches`, else s_none; `hash` computes what such an
+    /// element was entered under.
     template <class Sequence, class Hash, class Matches>
     [[nodiscard]] std::uint32_t findIn(const Sequence& sequence, Hash hash, Matches matches) const {
         if (isBuilt()) {

@@ -3,7 +3,8 @@
 #include "infrastructure/QueltInObjectVal.h"
 #include "infrastructure/QueltInSmallVector.h"
 
-/// A list of objects that is edited by position; it holds them by pointer and never deletes them. Positions are 0-based.
+/// A list of objects that is edited by position; it holds them by pointer and never deletes them. Positions
+/// are 0-based.
 class QUELT_CORE_API QueltInLinkList : public QueltInTyped<QueltInLinkList, QueltInObjectVal> {
 public:
     static constexpr const char* s_className = "QueltInLinkList";
@@ -15,8 +16,8 @@ public:
     QueltInLinkList& operator=(const QueltInLinkList&) = delete;
     ~QueltInLinkList() override;
 
-    /// Makes `object` stand at `position`; those from there on move one place back. A position equal to the length
-    /// appends; a greater one, or an object of another class, is E_INVALIDARG and changes nothing.
+    /// Makes `object` stand at `position`; those from there on move one place back. A position equal to the
+    /// length appends; a greater one, or an object of another class, is E_INVALIDARG and changes nothing.
     virtual long Set(unsigned int position, QueltInObject& object);
     /// Takes the element at `position` out without deleting it; E_INVALIDARG past the end.
     virtual long Remove(unsigned int position);
@@ -33,11 +34,11 @@ public:
     /// The elements in order, for walks that change nothing; valid until the next change.
     [[nodiscard]] std::span<QueltInObject* const> elements() const noexcept { return m_elements.values(); }
 
-    /// Stands in front of the next element. An iterator made from a list that is not constant stays right while
-    /// elements are set and removed: it survives the removal of one that it has passed, an element set exactly where
-    /// it stands comes next, and it stands at the end when the list goes. Such an iterator is used on the thread that
-    /// changes the list. One made from a constant list keeps its position whatever happens, and must not outlive the
-    /// list.
+    /// Stands in front of the next element. An iterator made from a list that is not constant stays right
+    /// while elements are set and removed: it survives the removal of one that it has passed, an element set
+    /// exactly where it stands comes next, and it stands at the end when the list goes. Such an iterator is
+    /// used on the thread that changes the list. One made from a constant list keeps its position whatever
+    /// happens, and must not outlive the list.
     class QUELT_CORE_API const_iterator {
     public:
         virtual ~const_iterator();
@@ -82,6 +83,22 @@ public:
     /// Non-zero when `other` holds the same objects in the same order.
     [[nodiscard]] int equals(const QueltInObjectVal& other) const override;
     [[nodiscard]] unsigned int hash() const override;
+
+protected:
+    /// Takes every element out for which `isOut(element)` answers true, in one pass; it is asked once for
+    /// each, in order, and must leave the list as it is.
+    template <class IsOut>
+    void removeIf(IsOut isOut) {
+        std::uint32_t kept = 0;
+        for (QueltInObject* const element : m_elements) {
+            if (isOut(element)) {
+                noteRemoval(kept);
+            } else {
+                m_elements[kept++] = element;
+            }
+        }
+        m_elements.truncate(kept);
+    }
 
 private:
     [[nodiscard]] std::uint32_t lastPosition() const noexcept {

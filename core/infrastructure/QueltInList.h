@@ -15,8 +15,8 @@ public:
     QueltInList& operator=(const QueltInList&) = delete;
     ~QueltInList() override;
 
-    /// Appends `object`; non-zero when the list took it. An object that is not of the declared class is refused and
-    /// raises badCastErr().
+    /// Appends `object`; non-zero when the list took it. An object that is not of the declared class is
+    /// refused and raises badCastErr().
     virtual int PutBack(QueltInObject& object);
     /// Non-zero once an object was refused; stays so.
     [[nodiscard]] virtual int badCastErr() const { return m_badCast ? 1 : 0; }

@@ -16,8 +16,8 @@ public:
     /// Deletes the copies.
     ~QueltInListVal() override;
 
-    /// Appends a copy of `value` and returns it; the list owns it. Null when the value is not of the declared class;
-    /// badCastErr() is raised then.
+    /// Appends a copy of `value` and returns it; the list owns it. Null when the value is not of the declared
+    /// class; badCastErr() is raised then.
     virtual QueltInObjectVal* PutBack(const QueltInObjectVal& value);
     /// Non-zero once a value was refused; stays so.
     [[nodiscard]] int badCastErr() const noexcept { return m_badCast ? 1 : 0; }

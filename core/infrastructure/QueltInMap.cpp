@@ -7,14 +7,15 @@
 
 #include <algorithm>
 #include <memory>
+#include <vector>
 
 template class QueltInTyped<QueltInMap, QueltInObjectVal>;
 
 QueltInMap::QueltInMap(QueltInObjectTypeClass* const& keyType, QueltInObjectTypeClass* const& valueType)
     : m_pKeyType(keyType), m_pValueType(valueType) {}
 
-QueltInMap::QueltInMap(QueltInObjectTypeClass* const& keyType, QueltInObjectTypeClass* const& valueType, int capacity,
-                       float /*loadFactor*/)
+QueltInMap::QueltInMap(QueltInObjectTypeClass* const& keyType, QueltInObjectTypeClass* const& valueType,
+                       int capacity, float /*loadFactor*/)
     : QueltInMap(keyType, valueType) {
     m_entries.reserve(quelt::roomAhead(capacity));
 }
@@ -45,8 +46,9 @@ long QueltInMap::Put(const QueltInObjectVal& key, const QueltInObject& value) {
     }
     std::unique_ptr<QueltInObjectVal> copy(key.clone(nullptr));
     m_entries.reserve(std::size_t{m_entries.size()} + 1);
-    m_index.insertInto(m_entries, copy->BinHashFunc(),
-                       [](const QueltInMapEntry& entry) { return entry.key != nullptr ? entry.key->BinHashFunc() : 0; });
+    m_index.insertInto(m_entries, copy->BinHashFunc(), [](const QueltInMapEntry& entry) {
+        return entry.key != nullptr ? entry.key->BinHashFunc() : 0;
+    });
     m_entries.push_back({copy.release(), held});
     return S_OK;
 }
@@ -80,7 +82,8 @@ int QueltInMap::equals(const QueltInObjectVal& other) const {
         return 0;
     }
     const auto isInOther = [&](const QueltInMapEntry& entry) {
-        const std::uint32_t position = entry.key != nullptr ? map->find(*entry.key) : quelt::QueltInHashIndex::s_none;
+        const std::uint32_t position =
+            entry.key != nullptr ? map->find(*entry.key) : quelt::QueltInHashIndex::s_none;
         return position != quelt::QueltInHashIndex::s_none && map->m_entries[position].value == entry.value;
     };
     return std::all_of(m_entries.begin(), m_entries.end(), isInOther) ? 1 : 0;
@@ -90,7 +93,8 @@ unsigned int QueltInMap::hash() const {
     std::uint64_t hash = m_entries.size();
     for (const QueltInMapEntry& entry : m_entries) {
         const std::uint64_t ofKey = entry.key != nullptr ? entry.key->BinHashFunc() : 0;
-        hash += quelt::hashInOrder(ofKey, quelt::hashOfAddress(entry.value)); // a sum, for it does not tell order
+        hash +=
+            quelt::hashInOrder(ofKey, quelt::hashOfAddress(entry.value)); // a sum, for it does not tell order
     }
     return quelt::foldHash(quelt::mixBits(hash));
 }

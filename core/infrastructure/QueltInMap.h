@@ -1,7 +1,7 @@
 #pragma once
 
-#include "infrastructure/QueltInObjectVal.h"
 #include "infrastructure/QueltInHashIndex.h"
+#include "infrastructure/QueltInObjectVal.h"
 #include "infrastructure/QueltInSmallVector.h"
 
 /// One entry of a QueltInMap.
@@ -12,17 +12,18 @@ struct QueltInMapEntry {
     QueltInObject* value;
 };
 
-/// A map from value objects (copied into the map) to objects (held by pointer, never deleted by the map). It iterates
-/// in the order of insertion; an entry keeps its place when its value is replaced. Look-up takes constant time.
+/// A map from value objects (copied into the map) to objects (held by pointer, never deleted by the map). It
+/// iterates in the order of insertion; an entry keeps its place when its value is replaced. Look-up takes
+/// constant time.
 class QUELT_CORE_API QueltInMap : public QueltInTyped<QueltInMap, QueltInObjectVal> {
 public:
     static constexpr const char* s_className = "QueltInMap";
 
-    /// An empty map whose keys and values are of these classes or of derived ones. The type classes are passed by
-    /// reference to a pointer, as sType() yields it.
+    /// An empty map whose keys and values are of these classes or of derived ones. The type classes are
+    /// passed by reference to a pointer, as sType() yields it.
     QueltInMap(QueltInObjectTypeClass* const& keyType, QueltInObjectTypeClass* const& valueType);
-    /// As above, with room for `capacity` entries (0 or less: none); the load factor is accepted for the callers that
-    /// give one and has no effect.
+    /// As above, with room for `capacity` entries (0 or less: none); the load factor is accepted for the
+    /// callers that give one and has no effect.
     QueltInMap(QueltInObjectTypeClass* const& keyType, QueltInObjectTypeClass* const& valueType, int capacity,
                float loadFactor);
     /// A map with the same classes, copies of the keys, and the same values.
@@ -31,8 +32,8 @@ public:
     /// Deletes the copied keys; the values stay.
     ~QueltInMap() override;
 
-    /// Files `value` under a copy of `key`; an equal key keeps its place and gets the new value. E_INVALIDARG when key
-    /// or value is not of the declared class; the map is then unchanged.
+    /// Files `value` under a copy of `key`; an equal key keeps its place and gets the new value. E_INVALIDARG
+    /// when key or value is not of the declared class; the map is then unchanged.
     virtual long Put(const QueltInObjectVal& key, const QueltInObject& value);
     /// The value under `key`, or null.
     [[nodiscard]] virtual QueltInObject* Get(const QueltInObjectVal& key) const;
@@ -52,8 +53,8 @@ public:
         const_iterator(const const_iterator&) = default;
         const_iterator& operator=(const const_iterator&) = default;
 
-        /// The current value, then advances; null after the last (and for an entry whose value is null, which only a
-        /// map class of a derived kind can hold; IsEnd tells).
+        /// The current value, then advances; null after the last (and for an entry whose value is null, which
+        /// only a map class of a derived kind can hold; IsEnd tells).
         QueltInObject* GetValGoToNext();
         /// The current entry, then advances; null after the last.
         const QueltInMapEntry* GetEntryGoToNext();
@@ -80,7 +81,7 @@ public:
     [[nodiscard]] unsigned int hash() const override;
 
 protected:
-    /// The entries, for derived classes that test what Put never lets in.
+    /// The entries, for derived classes that append what Put never lets in.
     QueltInSmallVector<QueltInMapEntry, 3> m_entries;
 
 private:

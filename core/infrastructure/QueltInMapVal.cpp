@@ -7,13 +7,15 @@
 
 #include <algorithm>
 #include <memory>
+#include <utility>
 
 template class QueltInTyped<QueltInMapVal, QueltInObjectVal>;
 
 QueltInMapVal::QueltInMapVal(QueltInObjectTypeClass* const& keyType, QueltInObjectTypeClass* const& valueType)
     : m_pKeyType(keyType), m_pValueType(valueType) {}
 
-QueltInMapVal::QueltInMapVal(const QueltInMapVal& other) : QueltInMapVal(other.m_pKeyType, other.m_pValueType) {
+QueltInMapVal::QueltInMapVal(const QueltInMapVal& other)
+    : QueltInMapVal(other.m_pKeyType, other.m_pValueType) {
     m_entries.reserve(other.m_entries.size());
     for (const Entry& entry : other.m_entries) {
         std::unique_ptr<QueltInObjectVal> key(entry.key->clone(nullptr));
@@ -41,7 +43,8 @@ long QueltInMapVal::Put(const QueltInObjectVal& key, const QueltInObjectVal& val
     }
     std::unique_ptr<QueltInObjectVal> keyCopy(key.clone(nullptr));
     m_entries.reserve(std::size_t{m_entries.size()} + 1);
-    m_index.insertInto(m_entries, keyCopy->BinHashFunc(), [](const Entry& entry) { return entry.key->BinHashFunc(); });
+    m_index.insertInto(m_entries, keyCopy->BinHashFunc(),
+                       [](const Entry& entry) { return entry.key->BinHashFunc(); });
     m_entries.push_back({keyCopy.release(), valueCopy.release()});
     return S_OK;
 }
@@ -53,7 +56,8 @@ QueltInObjectVal* QueltInMapVal::Get(const QueltInObjectVal& key) const {
 
 std::uint32_t QueltInMapVal::find(const QueltInObjectVal& key) const {
     return m_index.findIn(
-        m_entries, [&] { return key.BinHashFunc(); }, [&](const Entry& entry) { return entry.key->equals(key) != 0; });
+        m_entries, [&] { return key.BinHashFunc(); },
+        [&](const Entry& entry) { return entry.key->equals(key) != 0; });
 }
 
 QueltInString QueltInMapVal::toString() const {
@@ -83,7 +87,8 @@ int QueltInMapVal::equals(const QueltInObjectVal& other) const {
 unsigned int QueltInMapVal::hash() const {
     std::uint64_t hash = m_entries.size();
     for (const Entry& entry : m_entries) {
-        hash += quelt::hashInOrder(entry.key->BinHashFunc(), entry.value->BinHashFunc()); // a sum tells no order
+        hash +=
+            quelt::hashInOrder(entry.key->BinHashFunc(), entry.value->BinHashFunc()); // a sum tells no order
     }
     return quelt::foldHash(quelt::mixBits(hash));
 }

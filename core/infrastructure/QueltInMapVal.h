@@ -4,7 +4,8 @@
 #include "infrastructure/QueltInObjectVal.h"
 #include "infrastructure/QueltInSmallVector.h"
 
-/// A map from value objects to value objects; both are copied in and belong to the map. Order and look-up as QueltInMap.
+/// A map from value objects to value objects; both are copied in and belong to the map. Order and look-up as
+/// QueltInMap.
 class QUELT_CORE_API QueltInMapVal : public QueltInTyped<QueltInMapVal, QueltInObjectVal> {
 public:
     static constexpr const char* s_className = "QueltInMapVal";
@@ -17,8 +18,8 @@ public:
     /// Deletes the copies.
     ~QueltInMapVal() override;
 
-    /// Files a copy of `value` under a copy of `key`; an equal key keeps its place and gets the new value. E_INVALIDARG
-    /// when key or value is not of the declared class.
+    /// Files a copy of `value` under a copy of `key`; an equal key keeps its place and gets the new value.
+    /// E_INVALIDARG when key or value is not of the declared class.
     long Put(const QueltInObjectVal& key, const QueltInObjectVal& value);
     /// The map's own value under `key`, or null.
     [[nodiscard]] QueltInObjectVal* Get(const QueltInObjectVal& key) const;

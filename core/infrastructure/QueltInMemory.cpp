@@ -25,7 +25,8 @@ constexpr std::size_t s_firstBlock = std::size_t{64} * 1024;
 constexpr std::size_t s_largestStep = std::size_t{1024} * 1024;
 constexpr std::size_t s_largestKept = std::size_t{4} * 1024 * 1024;
 
-static_assert(__STDCPP_DEFAULT_NEW_ALIGNMENT__ >= s_alignment, "blocks and heap objects are aligned by operator new");
+static_assert(__STDCPP_DEFAULT_NEW_ALIGNMENT__ >= s_alignment,
+              "blocks and heap objects are aligned by operator new");
 
 /// What the calling thread allocates from, and the arenas that it must recognise when memory comes back.
 struct ThreadMemory {
@@ -34,7 +35,8 @@ struct ThreadMemory {
 };
 thread_local constinit ThreadMemory t_memory;
 
-/// Under the address sanitizer arena memory that is not handed out is out of bounds, as it would be on the heap.
+/// Under the address sanitizer arena memory that is not handed out is out of bounds, as it would be on the
+/// heap.
 void forbid([[maybe_unused]] const std::byte* memory, [[maybe_unused]] std::size_t bytes) noexcept {
 #if defined(QUELT_POISONS_MEMORY)
     __asan_poison_memory_region(memory, bytes);
@@ -92,9 +94,10 @@ QueltInArena::~QueltInArena() {
 void QueltInArena::reset() noexcept {
     letGoOfShares();
     const auto keepable = [](const Block& block) { return block.size <= s_largestKept ? block.size : 0; };
-    const auto kept = std::max_element(m_blocks.begin(), m_blocks.end(), [&](const Block& left, const Block& right) {
-        return keepable(left) < keepable(right);
-    });
+    const auto kept =
+        std::max_element(m_blocks.begin(), m_blocks.end(), [&](const Block& left, const Block& right) {
+            return keepable(left) < keepable(right);
+        });
     m_bytesInUse = 0;
     m_pNext = nullptr;
     m_pEnd = nullptr;
@@ -173,10 +176,9 @@ std::byte* QueltInArena::addBlock(std::size_t size) {
 bool QueltInArena::contains(const void* memory) const noexcept {
     const auto* const wanted = static_cast<const std::byte*>(memory);
     const std::less<const std::byte*> before;
-    const auto behind =
-        std::upper_bound(m_blocks.begin(), m_blocks.end(), wanted, [&](const std::byte* address, const Block& block) {
-            return before(address, block.memory.get());
-        });
+    const auto behind = std::upper_bound(
+        m_blocks.begin(), m_blocks.end(), wanted,
+        [&](const std::byte* address, const Block& block) { return before(address, block.memory.get()); });
     if (behind == m_blocks.begin()) {
         return false;
     }

@@ -11,27 +11,30 @@
 
 class QueltInArena;
 
-/// The memory that objects of the core come from: the heap, or the arena that is current on the calling thread.
+/// The memory that objects of the core come from: the heap, or the arena that is current on the calling
+/// thread.
 ///
-/// What decides is the moment, not the owner: memory that an object made outside an arena comes to need while the arena
-/// is current goes with the arena. Whoever changes such an object inside does it in a QueltInHeapScope.
+/// What decides is the moment, not the owner: memory that an object made outside an arena comes to need while
+/// the arena is current goes with the arena. Whoever changes such an object inside does it in a
+/// QueltInHeapScope.
 class QUELT_CORE_API QueltInMemory {
 public:
-    /// Memory of at least `bytes` bytes, aligned for any object of the core (16 bytes), from the allocator that is
-    /// current on this thread. Never null: throws std::bad_alloc when there is none left.
+    /// Memory of at least `bytes` bytes, aligned for any object of the core (16 bytes), from the allocator
+    /// that is current on this thread. Never null: throws std::bad_alloc when there is none left.
     [[nodiscard]] static void* allocate(std::size_t bytes);
 
-    /// Gives memory of `allocate` back. Memory of an arena of this thread is left to the arena; any other goes to the
-    /// heap, whatever is current now. Null is accepted.
+    /// Gives memory of `allocate` back. Memory of an arena of this thread is left to the arena; any other
+    /// goes to the heap, whatever is current now. Null is accepted.
     static void release(void* memory) noexcept;
 
     /// The arena of this thread that `memory` lies in, null when there is none.
     [[nodiscard]] static QueltInArena* arenaOf(const void* memory) noexcept;
 };
 
-/// A region that many objects are made in and that returns them all in one step, without running their destructors.
-/// An arena belongs to the thread that made it: objects are made, used, deleted and forgotten there, and the arena
-/// itself goes there, after its scopes are closed. It is used by opening a QueltInArenaScope.
+/// A region that many objects are made in and that returns them all in one step, without running their
+/// destructors. An arena belongs to the thread that made it: objects are made, used, deleted and forgotten
+/// there, and the arena itself goes there, after its scopes are closed. It is used by opening a
+/// QueltInArenaScope.
 class QUELT_CORE_API QueltInArena {
 public:
     /// An empty arena; nothing is reserved before the first object.
@@ -41,8 +44,8 @@ public:
     QueltInArena(const QueltInArena&) = delete;
     QueltInArena& operator=(const QueltInArena&) = delete;
 
-    /// Forgets everything that was made inside and keeps up to one block of memory for what comes next, so that
-    /// an arena that is used for one conversion after the other asks the heap only for the unusual ones.
+    /// Forgets everything that was made inside and keeps up to one block of memory for what comes next, so
+    /// that an arena that is used for one conversion after the other asks the heap only for the unusual ones.
     void reset() noexcept;
 
     /// Bytes handed out since the last reset, each piece rounded up to 16, for figures and tests.
@@ -50,9 +53,9 @@ public:
     /// Bytes that the arena holds from the heap, used or not.
     [[nodiscard]] std::size_t bytesReserved() const noexcept;
 
-    /// A share in something that lives outside, given up without a destructor of its holder: calls `letGo(thing)` at
-    /// the next reset, or when the arena goes. True when `thing` was not noted since the last reset; a thing that was
-    /// is not noted again.
+    /// A share in something that lives outside, given up without a destructor of its holder: calls
+    /// `letGo(thing)` at the next reset, or when the arena goes. True when `thing` was not noted since the
+    /// last reset; a thing that was is not noted again.
     bool noteShare(void* thing, void (*letGo)(void*) noexcept);
 
 private:
@@ -76,8 +79,8 @@ private:
     QueltInArena* m_pNextOfThread = nullptr;
 };
 
-/// Makes an arena current on this thread for as long as the scope lives; scopes nest, the one that was current before
-/// comes back at the end.
+/// Makes an arena current on this thread for as long as the scope lives; scopes nest, the one that was
+/// current before comes back at the end.
 class QUELT_CORE_API QueltInArenaScope {
 public:
     /// Makes `arena` (of this thread) current.
@@ -91,8 +94,8 @@ private:
     QueltInArena* m_pPrevious;
 };
 
-/// Makes the plain heap current on this thread for as long as the scope lives: for what outlives a conversion although
-/// it is made during one.
+/// Makes the plain heap current on this thread for as long as the scope lives: for what outlives a conversion
+/// although it is made during one.
 class QUELT_CORE_API QueltInHeapScope {
 public:
     /// Makes the heap current.

@@ -1,6 +1,8 @@
 #include "infrastructure/QueltInNamePool.h"
 
 #include <atomic>
+#include <cstddef>
+#include <memory>
 #include <mutex>
 #include <shared_mutex>
 #include <unordered_map>
@@ -17,11 +19,12 @@ namespace {
 
 using quelt::NameEntry;
 
-/// All names that somebody bears. A share is added under the lock or from another share, the last one goes under the
-/// exclusive lock: an entry that is found here is therefore never on its way out.
+/// All names that somebody bears. A share is added under the lock or from another share, the last one goes
+/// under the exclusive lock: an entry that is found here is therefore never on its way out.
 class NamePool {
 public:
-    /// The pool of the process. It is never destroyed, since names with static storage may go after everything else.
+    /// The pool of the process. It is never destroyed, since names with static storage may go after
+    /// everything else.
     static NamePool& instance() {
         static NamePool* const pool = new NamePool;
         return *pool;
@@ -64,6 +67,11 @@ public:
         }
     }
 
+    std::size_t size() {
+        const std::shared_lock lock(m_mutex);
+        return m_entries.size();
+    }
+
 private:
     std::shared_mutex m_mutex;
     std::unordered_map<std::string_view, NameEntry*> m_entries; // the keys view the entries' texts
@@ -90,7 +98,7 @@ QueltInName::QueltInName(std::string_view text) {
 }
 
 QueltInName& QueltInName::operator=(const QueltInName& other) {
-    if (m_pEntry != other.m_pEntry) {
+    if (this != &other && m_pEntry != other.m_pEntry) {
         NameEntry* const former = m_pEntry;
         const bool formerCounted = m_counted;
         share(other.m_pEntry);
@@ -102,11 +110,14 @@ QueltInName& QueltInName::operator=(const QueltInName& other) {
 }
 
 const QueltInString& QueltInName::text() const noexcept {
-    static const QueltInString* const empty = [] {
-        const QueltInHeapScope heap;
-        return new QueltInString;
-    }();
+    // Never destroyed, as the pool; a text without characters holds no memory.
+    alignas(QueltInString) static std::byte storage[sizeof(QueltInString)];
+    static const QueltInString* const empty = new (storage) QueltInString;
     return m_pEntry != nullptr ? m_pEntry->text : *empty;
+}
+
+std::size_t QueltInName::countOfNames() {
+    return NamePool::instance().size();
 }
 
 void QueltInName::share(quelt::NameEntry* entry) {

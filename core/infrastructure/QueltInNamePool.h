@@ -2,15 +2,16 @@
 
 #include "infrastructure/QueltInString.h"
 
+#include <cstddef>
 #include <string_view>
 
 namespace quelt {
 struct NameEntry;
 }
 
-/// A name that equal names of the process share: comparing two is comparing two addresses. The text lives as long as
-/// any object bears the name, on the plain heap; a name that lies in an arena bears it until the arena is reset. Safe to
-/// use from many threads.
+/// A name that equal names of the process share: comparing two is comparing two addresses. The text lives as
+/// long as any object bears the name, on the plain heap; a name that lies in an arena bears it until the
+/// arena is reset. Safe to use from many threads.
 class QUELT_CORE_API QueltInName {
 public:
     /// The empty name.
@@ -24,6 +25,9 @@ public:
 
     /// The text; valid as long as any object bears the name.
     [[nodiscard]] const QueltInString& text() const noexcept;
+
+    /// How many different names the process bears now, the empty one not counted; for figures and tests.
+    [[nodiscard]] static std::size_t countOfNames();
 
     friend bool operator==(const QueltInName& left, const QueltInName& right) noexcept {
         return left.m_pEntry == right.m_pEntry;

@@ -2,21 +2,23 @@
 
 #include "infrastructure/QueltCoreExport.h"
 #include "infrastructure/QueltInObjectTypeClass.h"
+#include "infrastructure/QueltInResult.h"
 
 #include <cstddef>
 #include <new>
 
 class QueltInString;
 
-/// Root of every class whose objects live in containers. Objects are made in the memory that is current on the thread
-/// (see QueltInMemory) and are deleted through their virtual destructor.
+/// Root of every class whose objects live in containers. Objects are made in the memory that is current on
+/// the thread (see QueltInMemory) and are deleted through their virtual destructor.
 class QUELT_CORE_API QueltInObject {
 public:
     static constexpr const char* s_className = "QueltInObject";
 
     virtual ~QueltInObject();
 
-    /// The type class of the object's own, most derived class. Never null, unless memory was exhausted at load.
+    /// The type class of the object's own, most derived class. Never null, unless memory was exhausted at
+    /// load.
     [[nodiscard]] virtual QueltInObjectTypeClass* dType() const;
     /// The object's structure on one line, for people. The root's gives the class name.
     [[nodiscard]] virtual QueltInString toString() const;

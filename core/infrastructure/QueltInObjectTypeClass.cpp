@@ -7,7 +7,8 @@
 
 QueltInObjectTypeClass::QueltInObjectTypeClass(const char* name, const QueltInObjectTypeClass* parent)
     : m_name(name != nullptr ? name : ""), m_depth(parent != nullptr ? parent->m_depth + 1U : 0U),
-      m_pAncestors(m_inline.data()) {
+      m_pAncestors(nullptr) {
+    m_pAncestors = m_inline.data();
     if (m_depth >= s_inlineAncestors) {
         m_pMore = std::make_unique<const QueltInObjectTypeClass*[]>(m_depth + 1U);
         m_pAncestors = m_pMore.get();

@@ -8,12 +8,12 @@
 
 class QueltInObject;
 
-/// What the type registry knows of one class: its name and its ancestors. There is one object a class, and its address
-/// is the class's identity; names are for people and are never compared.
+/// What the type registry knows of one class: its name and its ancestors. There is one object a class, and
+/// its address is the class's identity; names are for people and are never compared.
 class QUELT_CORE_API QueltInObjectTypeClass {
 public:
-    /// The type class of the class `name` (text with static storage; not copied) below `parent` (null for the root;
-    /// not owned, must outlive this object).
+    /// The type class of the class `name` (text with static storage; not copied) below `parent` (null for the
+    /// root; not owned, must outlive this object).
     QueltInObjectTypeClass(const char* name, const QueltInObjectTypeClass* parent);
     /// As the constructor, on the plain heap; the caller owns the result. Null when memory is exhausted.
     [[nodiscard]] static QueltInObjectTypeClass* make(const char* name,
@@ -21,8 +21,8 @@ public:
     QueltInObjectTypeClass(const QueltInObjectTypeClass&) = delete;
     QueltInObjectTypeClass& operator=(const QueltInObjectTypeClass&) = delete;
 
-    /// Non-zero when this class is `other` or derives from it; 0 for null. Constant time: one look at the ancestor that
-    /// stands at `other`'s depth.
+    /// Non-zero when this class is `other` or derives from it; 0 for null. Constant time: one look at the
+    /// ancestor that stands at `other`'s depth.
     [[nodiscard]] int isa(const QueltInObjectTypeClass* other) const noexcept {
         return other != nullptr && other->m_depth <= m_depth && m_pAncestors[other->m_depth] == other ? 1 : 0;
     }

@@ -9,8 +9,8 @@ class QUELT_CORE_API QueltInObjectVal : public QueltInTyped<QueltInObjectVal, Qu
 public:
     static constexpr const char* s_className = "QueltInObjectVal";
 
-    /// A copy of the value, of the same class; the caller owns it. The argument is an older copy that may be reused
-    /// instead, or null.
+    /// A copy of the value, of the same class; the caller owns it. The argument is an older copy that may be
+    /// reused instead, or null.
     [[nodiscard]] virtual QueltInObjectVal* clone(QueltInObjectVal* reuse) const = 0;
     /// Non-zero when `other` is of the same class and holds the same.
     [[nodiscard]] virtual int equals(const QueltInObjectVal& other) const = 0;

@@ -4,15 +4,16 @@
 
 namespace quelt {
 
-/// The 32-bit code as a signed number: negative where bit 31 is set, on every platform, however wide `long` is.
+/// The 32-bit code as a signed number: negative where bit 31 is set, on every platform, however wide `long`
+/// is.
 constexpr long resultCode(std::uint32_t code) noexcept {
     return static_cast<long>(static_cast<std::int32_t>(code));
 }
 
 } // namespace quelt
 
-// Result codes. Negative is failure; callers test for a negative value only. The platform headers of Windows define the
-// same numbers under the same names, as macros; where they were read before, theirs stand.
+// Result codes. Negative is failure; callers test for a negative value only. The platform headers of Windows
+// define the same numbers under the same names, as macros; where they were read before, theirs stand.
 #ifndef S_OK
 /// Success.
 inline constexpr long S_OK = 0;

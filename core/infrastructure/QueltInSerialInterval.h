@@ -2,8 +2,8 @@
 
 #include "infrastructure/QueltInObjectVal.h"
 
-/// One interval of sequence numbers as a value object, taken as given: nothing is sorted or refused, a lower bound
-/// above the upper one included. 2000000000 and -2000000000 are open ends.
+/// One interval of sequence numbers as a value object, taken as given: nothing is sorted or refused, a lower
+/// bound above the upper one included. 2000000000 and -2000000000 are open ends.
 class QUELT_CORE_API QueltInSerialInterval : public QueltInTyped<QueltInSerialInterval, QueltInObjectVal> {
 public:
     static constexpr const char* s_className = "QueltInSerialInterval";
@@ -22,7 +22,8 @@ public:
     [[nodiscard]] unsigned char getAIncl() const noexcept { return m_aIncl; }
     [[nodiscard]] unsigned char getBIncl() const noexcept { return m_bIncl; }
     /// Sets both bounds with their inclusive flags. S_OK always.
-    long setInterval(const int& a, const unsigned char& aIncl, const int& b, const unsigned char& bIncl) noexcept;
+    long setInterval(const int& a, const unsigned char& aIncl, const int& b,
+                     const unsigned char& bIncl) noexcept;
 
     /// In mathematical brackets: "[10, 20)", "[-inf, 20]".
     [[nodiscard]] QueltInString toString() const override;

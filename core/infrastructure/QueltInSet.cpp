@@ -5,6 +5,7 @@
 #include "infrastructure/QueltInValueTools.h"
 
 #include <algorithm>
+#include <vector>
 
 template class QueltInTyped<QueltInSet, QueltInObjectVal>;
 
@@ -56,7 +57,7 @@ int QueltInSet::Remove(const QueltInObject& object) {
     if (position == quelt::QueltInHashIndex::s_none) {
         return 0;
     }
-    m_index.erase(hashOf(m_elements[position], m_byValue), position);
+    m_index.erase(hashOf(&object, m_byValue), position);
     m_elements.erase(position);
     return 1;
 }
@@ -109,7 +110,9 @@ int QueltInSet::equals(const QueltInObjectVal& other) const {
     if (set == nullptr || set->m_byValue != m_byValue || set->m_elements.size() != m_elements.size()) {
         return 0;
     }
-    const auto isInOther = [&](const QueltInObject* element) { return element != nullptr && set->Find(*element) != 0; };
+    const auto isInOther = [&](const QueltInObject* element) {
+        return element != nullptr && set->Find(*element) != 0;
+    };
     return std::all_of(m_elements.begin(), m_elements.end(), isInOther) ? 1 : 0;
 }
 

@@ -4,21 +4,22 @@
 #include "infrastructure/QueltInObjectVal.h"
 #include "infrastructure/QueltInSmallVector.h"
 
-/// A set of objects, held by pointer and never deleted by the set, in the order of insertion. Objects are told apart by
-/// their address; value objects (sets whose declared class is a value class) by what they hold.
+/// A set of objects, held by pointer and never deleted by the set, in the order of insertion. Objects are
+/// told apart by their address; value objects (sets whose declared class is a value class) by what they hold.
 class QUELT_CORE_API QueltInSet : public QueltInTyped<QueltInSet, QueltInObjectVal> {
 public:
     static constexpr const char* s_className = "QueltInSet";
 
-    /// An empty set of objects of this class or of derived ones; `capacity` (0 or less: none) makes room, the load
-    /// factor is accepted and has no effect.
-    explicit QueltInSet(QueltInObjectTypeClass* const& elementType, int capacity = 0, float loadFactor = 0.0F);
+    /// An empty set of objects of this class or of derived ones; `capacity` (0 or less: none) makes room, the
+    /// load factor is accepted and has no effect.
+    explicit QueltInSet(QueltInObjectTypeClass* const& elementType, int capacity = 0,
+                        float loadFactor = 0.0F);
     QueltInSet(const QueltInSet& other);
     QueltInSet& operator=(const QueltInSet&) = delete;
     ~QueltInSet() override;
 
-    /// Adds `object`; non-zero when it was added. Zero when it is there already, and when it is not of the declared
-    /// class; badCastErr() tells the two apart.
+    /// Adds `object`; non-zero when it was added. Zero when it is there already, and when it is not of the
+    /// declared class; badCastErr() tells the two apart.
     virtual int Put(QueltInObject& object);
     /// Non-zero when `object` is in the set.
     [[nodiscard]] virtual int Find(const QueltInObject& object) const;
@@ -64,7 +65,7 @@ public:
     [[nodiscard]] unsigned int hash() const override;
 
 protected:
-    /// The elements, for derived classes that test what Put never lets in.
+    /// The elements, for derived classes that append what Put never lets in.
     QueltInSmallVector<QueltInObject*, 4> m_elements;
 
 private:

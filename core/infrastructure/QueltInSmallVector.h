@@ -10,9 +10,10 @@
 #include <span>
 #include <type_traits>
 
-/// A sequence of plain values that keeps its first `Inline` ones inside itself: short lists of intervals, values and
-/// children need no memory of their own. Longer ones take theirs from the allocator that is current on the thread.
-/// Positions are unsigned and 0-based; unless stated otherwise a position must be smaller than size().
+/// A sequence of plain values that keeps its first `Inline` ones inside itself: short lists of intervals,
+/// values and children need no memory of their own. Longer ones take theirs from the allocator that is
+/// current on the thread. Positions are unsigned and 0-based; unless stated otherwise a position must be
+/// smaller than size().
 template <class T, std::uint32_t Inline>
 class QueltInSmallVector {
     static_assert(std::is_trivially_copyable_v<T>, "values are moved by copying their bytes");

@@ -4,6 +4,7 @@
 #include "infrastructure/QueltInTypedDefinition.h"
 #include "infrastructure/QueltInValueTools.h"
 
+#include <algorithm>
 #include <charconv>
 #include <functional>
 #include <system_error>

@@ -16,8 +16,11 @@ public:
     QueltInString() = default;
     /// A copy of `text`.
     QueltInString(std::string_view text) : m_text(text) {} // NOLINT(google-explicit-constructor)
+    /// A copy of `text`.
+    QueltInString(const std::string& text) : m_text(text) {} // NOLINT(google-explicit-constructor)
     /// A copy of the zero-terminated `text`; null gives the empty text.
-    QueltInString(const char* text) : m_text(text != nullptr ? text : "") {} // NOLINT(google-explicit-constructor)
+    QueltInString(const char* text)
+        : m_text(text != nullptr ? text : "") {} // NOLINT(google-explicit-constructor)
     /// Takes `text` over.
     explicit QueltInString(Text&& text) noexcept : m_text(std::move(text)) {}
 
@@ -25,9 +28,9 @@ public:
     [[nodiscard]] const char* ConvertToChar() const noexcept { return m_text.c_str(); }
     /// The text with its length; valid as ConvertToChar's is.
     [[nodiscard]] std::string_view view() const noexcept { return m_text; }
-    /// Reads a signed 32-bit decimal number as scanf does with the format "%d": leading white space and whatever
-    /// follows the number are accepted. E_INVALIDARG, and `number` as it was, when there is no number, when it does
-    /// not fit, or when `format` is another one; E_POINTER for a null format.
+    /// Reads a signed 32-bit decimal number as scanf does with the format "%d": leading white space and
+    /// whatever follows the number are accepted. E_INVALIDARG, and `number` as it was, when there is no
+    /// number, when it does not fit, or when `format` is another one; E_POINTER for a null format.
     [[nodiscard]] long ConvertToNum(int& number, const char* format) const;
     /// Appends `text`.
     QueltInString& append(std::string_view text);

@@ -13,8 +13,8 @@ public:
     /// Appends as it stands.
     TextBuilder& operator<<(std::string_view text);
     TextBuilder& operator<<(std::int64_t number);
-    /// Appends a name: as it stands when it is made of letters, digits, '_', '-' and '.', else (and when it is empty)
-    /// in double quotes with JSON's escapes.
+    /// Appends a name: as it stands when it is made of letters, digits, '_', '-' and '.', else (and when it
+    /// is empty) in double quotes with JSON's escapes.
     TextBuilder& name(std::string_view name);
     /// The text so far, handed over; the builder is empty afterwards.
     [[nodiscard]] QueltInString take();

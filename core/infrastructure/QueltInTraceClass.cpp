@@ -27,35 +27,57 @@ struct OpenLine {
 struct ThreadTrace {
     std::vector<OpenMethod> methods;
     std::vector<OpenLine> lines;
+
+    ThreadTrace() = default;
+    ~ThreadTrace();
+    ThreadTrace(const ThreadTrace&) = delete;
+    ThreadTrace& operator=(const ThreadTrace&) = delete;
 };
-thread_local ThreadTrace t_trace;
+
+thread_local constinit bool t_isOver = false;
+
+ThreadTrace::~ThreadTrace() {
+    t_isOver = true;
+}
+
+/// The state of this thread, null when the thread is so near its end that it is gone: what is destroyed later
+/// than thread_local objects, such as statics on the main thread, traces nothing.
+ThreadTrace* ofThread() noexcept {
+    thread_local ThreadTrace trace;
+    return t_isOver ? nullptr : &trace;
+}
 
 /// Lines that are begun and never ended do not pile up: past this many the oldest is forgotten.
 constexpr std::size_t s_mostOpenLines = 64;
 
 template <class Opened>
 auto innermostOf(std::vector<Opened>& all, const QueltInTraceClass* object) {
-    return std::find_if(all.rbegin(), all.rend(), [&](const Opened& opened) { return opened.object == object; });
+    return std::find_if(all.rbegin(), all.rend(),
+                        [&](const Opened& opened) { return opened.object == object; });
 }
 
 OpenLine* innermostLine(const QueltInTraceClass* object) {
-    const auto line = innermostOf(t_trace.lines, object);
-    return line != t_trace.lines.rend() ? &*line : nullptr;
+    ThreadTrace* const trace = ofThread();
+    if (trace == nullptr) {
+        return nullptr;
+    }
+    const auto line = innermostOf(trace->lines, object);
+    return line != trace->lines.rend() ? &*line : nullptr;
 }
 
 template <class Number>
 void appendNumber(std::string& text, Number number, int base) {
     std::array<char, 24> digits{};
-    const std::to_chars_result result = std::to_chars(digits.data(), digits.data() + digits.size(), number, base);
+    const std::to_chars_result result =
+        std::to_chars(digits.data(), digits.data() + digits.size(), number, base);
     text.append(digits.data(), result.ptr);
 }
 
 } // namespace
 
 QueltInTraceClass::QueltInTraceClass(const char* className, const char* domainName) noexcept
-    : m_className(className != nullptr ? className : ""), m_domainName(domainName != nullptr ? domainName : "") {}
-
-QueltInTraceClass::~QueltInTraceClass() = default;
+    : m_className(className != nullptr ? className : ""),
+      m_domainName(domainName != nullptr ? domainName : "") {}
 
 int QueltInTraceClass::IsActivated() const noexcept {
     const QueltInTraceCapture* const capture = QueltInTraceCapture::innermost();
@@ -64,21 +86,31 @@ int QueltInTraceClass::IsActivated() const noexcept {
 }
 
 void QueltInTraceClass::SetMethod(const char* name) {
-    t_trace.methods.push_back({this, name != nullptr ? name : ""});
+    if (ThreadTrace* const trace = ofThread(); trace != nullptr) {
+        trace->methods.push_back({this, name != nullptr ? name : ""});
+    }
 }
 
 void QueltInTraceClass::RemoveMethod() noexcept {
-    const auto method = innermostOf(t_trace.methods, this);
-    if (method != t_trace.methods.rend()) {
-        t_trace.methods.erase(std::next(method).base());
+    ThreadTrace* const trace = ofThread();
+    if (trace == nullptr) {
+        return;
+    }
+    const auto method = innermostOf(trace->methods, this);
+    if (method != trace->methods.rend()) {
+        trace->methods.erase(std::next(method).base());
     }
 }
 
 QueltInTraceClass& QueltInTraceClass::beginTrace(int level) {
-    if (t_trace.lines.size() >= s_mostOpenLines) {
-        t_trace.lines.erase(t_trace.lines.begin());
+    ThreadTrace* const trace = ofThread();
+    if (trace == nullptr) {
+        return *this;
     }
-    t_trace.lines.push_back({this, level, {}});
+    if (trace->lines.size() >= s_mostOpenLines) {
+        trace->lines.erase(trace->lines.begin());
+    }
+    trace->lines.push_back({this, level, {}});
     return *this;
 }
 
@@ -116,24 +148,31 @@ void QueltInTraceClass::endTrace(int level) {
 }
 
 void QueltInTraceClass::endTraceWithLineNumber(int level, int line) {
-    const auto begun = std::find_if(t_trace.lines.rbegin(), t_trace.lines.rend(), [&](const OpenLine& open) {
-        return open.object == this && open.level == level;
-    });
-    if (begun == t_trace.lines.rend()) {
+    ThreadTrace* const trace = ofThread();
+    if (trace == nullptr) {
         return;
     }
-    const auto method = innermostOf(t_trace.methods, this);
-    QueltInTraceLine ended{m_className, m_domainName, method != t_trace.methods.rend() ? method->name : "",
+    const auto begun = std::find_if(trace->lines.rbegin(), trace->lines.rend(), [&](const OpenLine& open) {
+        return open.object == this && open.level == level;
+    });
+    if (begun == trace->lines.rend()) {
+        return;
+    }
+    const auto method = innermostOf(trace->methods, this);
+    QueltInTraceLine ended{m_className, m_domainName, method != trace->methods.rend() ? method->name : "",
                            level,       line,         std::move(begun->text)};
-    t_trace.lines.erase(std::next(begun).base());
+    trace->lines.erase(std::next(begun).base());
+    deliver(std::move(ended));
+}
 
+void QueltInTraceClass::deliver(QueltInTraceLine&& line) {
     QueltInTraceCapture* const capture = QueltInTraceCapture::innermost();
     const bool allWereAskedFor = QueltInTraceSink::isAskedForAll();
     if (capture == nullptr || allWereAskedFor) {
-        QueltInTraceSink::hand(ended);
+        QueltInTraceSink::hand(line);
     }
     if (capture != nullptr) {
-        capture->take(std::move(ended), allWereAskedFor);
+        capture->take(std::move(line), allWereAskedFor);
     }
 }
 

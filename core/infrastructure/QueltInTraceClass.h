@@ -2,26 +2,30 @@
 
 #include "infrastructure/QueltCoreExport.h"
 
-/// What one source file traces through: it names the class and the domain of its lines, and hands each whole line to
-/// the sink (see QueltInTraceSink.h). Methods and unfinished lines belong to the calling thread, so one object serves
-/// concurrent calls; their lines may interleave, whole.
+struct QueltInTraceLine;
+
+/// What one source file traces through: it names the class and the domain of its lines, and hands each whole
+/// line to the sink (see QueltInTraceSink.h). Methods and unfinished lines belong to the calling thread, so
+/// one object serves concurrent calls; their lines may interleave, whole.
 class QUELT_CORE_API QueltInTraceClass {
 public:
     /// A trace object for the class `className` in the domain `domainName`; both texts need static storage.
     QueltInTraceClass(const char* className, const char* domainName) noexcept;
-    ~QueltInTraceClass();
+    ~QueltInTraceClass() = default;
     QueltInTraceClass(const QueltInTraceClass&) = delete;
     QueltInTraceClass& operator=(const QueltInTraceClass&) = delete;
 
-    /// Non-zero when trace output is wanted of this object on this thread: the environment variable QUELT_TRACE was
-    /// set when the core was loaded, or a capture that asks for everything is open (QueltInTraceCapture).
+    /// Non-zero when trace output is wanted of this object on this thread: the environment variable
+    /// QUELT_TRACE was set when the core was loaded, or a capture that asks for everything is open
+    /// (QueltInTraceCapture).
     [[nodiscard]] int IsActivated() const noexcept;
-    /// Opens the method `name` (text that lives until RemoveMethod) on this thread; lines of this object show the
-    /// innermost method that is still open.
+    /// Opens the method `name` (text that lives until RemoveMethod) on this thread; lines of this object show
+    /// the innermost method that is still open.
     void SetMethod(const char* name);
     /// Closes the innermost method of this object on this thread; nothing happens when none is open.
     void RemoveMethod() noexcept;
-    /// Starts a line at `level` (0 message, 1 method entry, 2 method exit) and returns the object for chaining.
+    /// Starts a line at `level` (0 message, 1 method entry, 2 method exit) and returns the object for
+    /// chaining.
     QueltInTraceClass& beginTrace(int level);
     /// Append to the line that this thread has begun; without one nothing happens. Null text appends nothing.
     QueltInTraceClass& operator<<(const char* text);
@@ -43,6 +47,9 @@ public:
     [[nodiscard]] const char* getDomainName() const noexcept { return m_domainName; }
 
 private:
+    /// Hands a finished line to the capture of the thread and to the sink, whichever want it.
+    static void deliver(QueltInTraceLine&& line);
+
     const char* m_className;
     const char* m_domainName;
 };

@@ -24,7 +24,8 @@ void appendOnOneLine(std::string& line, std::string_view text) {
     }
 }
 
-/// "<domain> <class>::<method>: <text>", for an entry "<domain> <class>::<method> > <number>", for an exit with "<".
+/// "<domain> <class>::<method>: <text>", for an entry "<domain> <class>::<method> > <number>", for an exit
+/// with "<".
 std::string format(const QueltInTraceLine& line) {
     std::string whole = line.domainName + ' ' + line.className;
     if (!line.methodName.empty()) {
@@ -48,7 +49,8 @@ struct CloseFile {
     void operator()(std::FILE* file) const noexcept { static_cast<void>(std::fclose(file)); }
 };
 
-/// Standard error, or the end of a file that is opened at the first line; standard error too when it cannot be.
+/// Standard error, or the end of a file that is opened at the first line; standard error too when it cannot
+/// be.
 class DefaultSink final : public QueltInTraceSink {
 public:
     explicit DefaultSink(std::string path) : m_path(std::move(path)) {}
@@ -123,9 +125,9 @@ public:
 /// True for the shapes of lines that are written whether or not a trace is activated.
 bool isErrorOrWarning(const QueltInTraceLine& line) {
     const auto startsWith = [&](std::string_view beginning) { return line.text.starts_with(beginning); };
-    return line.level == 0 && (startsWith(QueltInTraceClass::GetError()) ||
-                               startsWith(QueltInTraceClass::GetErrorIndent()) || startsWith("ERROR") ||
-                               startsWith("WARNING"));
+    return line.level == 0 &&
+           (startsWith(QueltInTraceClass::GetError()) || startsWith(QueltInTraceClass::GetErrorIndent()) ||
+            startsWith("ERROR") || startsWith("WARNING"));
 }
 
 } // namespace

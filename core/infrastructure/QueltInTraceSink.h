@@ -22,16 +22,17 @@ struct QueltInTraceLine {
     friend bool operator==(const QueltInTraceLine&, const QueltInTraceLine&) = default;
 };
 
-/// Where lines go that no capture takes. The default sink writes to standard error, or appends to the file that the
-/// environment variable QUELT_TRACE names (read once, when the core is loaded; "stderr" names standard error).
+/// Where lines go that no capture takes. The default sink writes to standard error, or appends to the file
+/// that the environment variable QUELT_TRACE names (read once, when the core is loaded; "stderr" names
+/// standard error).
 class QUELT_CORE_API QueltInTraceSink {
 public:
     virtual ~QueltInTraceSink();
     /// Takes one line. Called on any thread, by one at a time.
     virtual void write(const QueltInTraceLine& line) = 0;
 
-    /// Makes `sink` the one of the process until another call; null brings the default sink back. The sink is not owned
-    /// and must stay until it is replaced. Returns the one before, null for the default sink.
+    /// Makes `sink` the one of the process until another call; null brings the default sink back. The sink is
+    /// not owned and must stay until it is replaced. Returns the one before, null for the default sink.
     static QueltInTraceSink* replace(QueltInTraceSink* sink) noexcept;
 
 private:
@@ -42,8 +43,8 @@ private:
     static void hand(const QueltInTraceLine& line);
 };
 
-/// Keeps the lines of its own thread, in order, for as long as the scope lives; captures nest, the innermost takes the
-/// lines. When QUELT_TRACE is set the lines go to the sink as well.
+/// Keeps the lines of its own thread, in order, for as long as the scope lives; captures nest, the innermost
+/// takes the lines. When QUELT_TRACE is set the lines go to the sink as well.
 class QUELT_CORE_API QueltInTraceCapture {
 public:
     /// What the capture asks the trace objects for on this thread.

@@ -37,7 +37,9 @@ public:
         return isObjectOfThisType(object) != 0 ? static_cast<const Self*>(&object) : nullptr;
     }
     /// As above; null gives null.
-    [[nodiscard]] static Self* cast(QueltInObject* object) { return object != nullptr ? cast(*object) : nullptr; }
+    [[nodiscard]] static Self* cast(QueltInObject* object) {
+        return object != nullptr ? cast(*object) : nullptr;
+    }
     /// As above; null gives null.
     [[nodiscard]] static const Self* cast(const QueltInObject* object) {
         return object != nullptr ? cast(*object) : nullptr;

@@ -7,7 +7,8 @@
 
 namespace quelt {
 
-/// `other` as Self when its class is exactly that of `self`, else null: values of different classes are never equal.
+/// `other` as Self when its class is exactly that of `self`, else null: values of different classes are never
+/// equal.
 template <class Self>
 [[nodiscard]] const Self* asSameClass(const Self& self, const QueltInObjectVal& other) {
     return self.dType() == other.dType() ? static_cast<const Self*>(&other) : nullptr;

@@ -1,0 +1,67 @@
+#pragma once
+
+#include "compiled/QueltDnfLiterals.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+namespace quelt {
+
+/// A conjunction of a normal form that is being made: literals in the order of their slots, no slot twice.
+class DnfConjunction {
+public:
+    /// Without literals (which is TRUE).
+    DnfConjunction() = default;
+    /// With these literals.
+    explicit DnfConjunction(std::vector<DnfLiteral> literals);
+
+    [[nodiscard]] const std::vector<DnfLiteral>& literals() const noexcept { return m_literals; }
+    /// True when whatever satisfies `other` satisfies this one, because all its literals are there.
+    [[nodiscard]] bool includes(const DnfConjunction& other) const;
+    friend bool operator==(const DnfConjunction&, const DnfConjunction&) = default;
+    /// A number that equal conjunctions share.
+    [[nodiscard]] std::uint64_t hash() const noexcept;
+
+private:
+    std::uint64_t m_signature = 0; // a bit for each literal, several may share one
+    std::vector<DnfLiteral> m_literals;
+};
+
+/// A disjunction of conjunctions; without any it is FALSE.
+struct DnfForm {
+    std::vector<DnfConjunction> conjunctions;
+
+    /// How much memory it takes, in literals.
+    [[nodiscard]] std::size_t weight() const noexcept;
+};
+
+/// Calculates with forms as long as there is enough of what it may use up.
+class DnfCalculator {
+public:
+    /// Makes a conjunction of literals in any order, slots may come several times; nothing when they contradict each
+    /// other. Failures as DnfLiterals::meet.
+    [[nodiscard]] long conjoin(std::vector<DnfLiteral> literals, std::optional<DnfConjunction>& conjunction);
+    /// Replaces `form` by the conjunction of both. E_OUTOFMEMORY when that takes too much.
+    [[nodiscard]] long multiply(DnfForm& form, const DnfForm& factor);
+    /// Takes conjunctions out that others include; all the same ones, of the rest as many as can be found in the time that
+    /// is left for it. E_OUTOFMEMORY when too much is left.
+    [[nodiscard]] long reduce(DnfForm& form);
+
+    [[nodiscard]] DnfLiterals& literals() noexcept { return m_literals; }
+
+private:
+    [[nodiscard]] long meetOfSlot(std::vector<DnfLiteral>& literals, std::optional<DnfLiteral>& all);
+    [[nodiscard]] long spend(std::size_t work) noexcept;
+    void absorb(DnfForm& form);
+
+    DnfLiterals m_literals;
+    std::int64_t m_work;
+    std::int64_t m_comparisons;
+
+public:
+    DnfCalculator() noexcept;
+};
+
+} // namespace quelt

@@ -1,0 +1,5 @@
+#include "expression/QueltEeExpression.h"
+
+#include "infrastructure/QueltInTypedDefinition.h"
+
+template class QueltInTyped<QueltEeExpression, QueltInObject>;

@@ -1,0 +1,5 @@
+#include "expression/QueltEeNodeVisitor.h"
+
+#include "infrastructure/QueltInTypedDefinition.h"
+
+template class QueltInTyped<QueltEeNodeVisitor, QueltInObject>;

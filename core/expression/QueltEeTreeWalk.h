@@ -1,0 +1,83 @@
+#pragma once
+
+#include "expression/QueltEeNode.h"
+
+#include <cstdint>
+#include <vector>
+
+class QueltEeGroupOp;
+class QueltEeSingleOp;
+
+namespace quelt {
+
+/// The children of a node by position, whatever its class: a group's, a single operator's only one, none of a leaf's.
+/// It looks at the node anew each time, so the children may change meanwhile.
+class NodeChildren {
+public:
+    explicit NodeChildren(const QueltEeNode& node);
+
+    /// The group, or the single operator; null when the node is not one.
+    [[nodiscard]] const QueltEeGroupOp* group() const noexcept { return m_pGroup; }
+    [[nodiscard]] const QueltEeSingleOp* single() const noexcept { return m_pSingle; }
+    [[nodiscard]] bool isOperator() const noexcept { return m_pGroup != nullptr || m_pSingle != nullptr; }
+    /// The reference at `position`, null past the last.
+    [[nodiscard]] const QueltEeNodeRef* at(std::uint32_t position) const;
+
+private:
+    const QueltEeGroupOp* m_pGroup;
+    const QueltEeSingleOp* m_pSingle;
+};
+
+/// Walks a tree that nobody changes meanwhile, depth first, children in order, with bounded stack: it stops at each node
+/// when it comes down to it (`enter`), and once more at each operator when all below have been seen (`leave`).
+///
+///     for (TreeWalk walk(root); walk.next();) {
+///         if (walk.stop() == TreeWalk::Stop::enter) ...
+///     }
+class TreeWalk {
+public:
+    /// What the walk has come to.
+    enum class Stop {
+        enter,  ///< a node, before its children
+        leave,  ///< an operator, after its children
+        missing ///< a child reference without node
+    };
+
+    /// Stands in front of `root`.
+    explicit TreeWalk(const QueltEeNode& root) noexcept : m_pNode(&root) {}
+
+    /// Goes to the next stop; false when there is none.
+    bool next();
+    /// The kind of this stop.
+    [[nodiscard]] Stop stop() const noexcept { return m_stop; }
+    /// The node of this stop; at a missing one, the operator above.
+    [[nodiscard]] const QueltEeNode& node() const noexcept { return *m_pNode; }
+    /// True when the node of this stop is an operator.
+    [[nodiscard]] bool atOperator() const noexcept { return m_atOperator; }
+    /// True when the node of this stop is the first child of its operator, or the root.
+    [[nodiscard]] bool isFirst() const noexcept { return m_isFirst; }
+
+    /// Having entered an operator: the walk does not go below it and does not come back to it either.
+    void skipChildren() noexcept;
+    /// Having entered, left or missed a child: the walk goes on with leaving the operator above.
+    void skipSiblings() noexcept;
+
+private:
+    struct Level {
+        NodeChildren children;
+        const QueltEeNode* node;
+        std::uint32_t next; // position of the child to look at next
+    };
+    static constexpr std::uint32_t s_noMore = 0xFFFFFFFFU;
+
+    void enter(const QueltEeNode& node);
+
+    std::vector<Level> m_levels; // the operators that were entered and not left
+    const QueltEeNode* m_pNode;
+    Stop m_stop = Stop::leave;
+    bool m_started = false;
+    bool m_atOperator = false;
+    bool m_isFirst = true;
+};
+
+} // namespace quelt

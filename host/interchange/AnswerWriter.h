@@ -1,0 +1,50 @@
+#pragma once
+
+#include "infrastructure/QueltInMap.h"
+#include "infrastructure/QueltInTraceSink.h"
+#include "interchange/ExpressionWriter.h"
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string_view>
+
+namespace quelt::host {
+
+/// What came of one record.
+struct Answer {
+    std::string_view id;
+    /// The service's result.
+    long result = 0;
+    /// What the conversion filed, from QueltInIntHolder to expressions; may be null.
+    const QueltInMap* map = nullptr;
+    /// Everything that was traced meanwhile.
+    std::span<const QueltInTraceLine> lines;
+    /// The expression as the conversion left it, when the answer shall show it, else null.
+    const QueltEeGenericExpression* input = nullptr;
+    /// Whether the answer shall show the trace.
+    bool showTrace = false;
+};
+
+/// Writes answers, each one JSON document on one line, without the line end.
+class AnswerWriter {
+public:
+    /// `context` is the one that the records refer to; it must outlive the writer.
+    explicit AnswerWriter(const LoadedContext& context) noexcept : m_expressionWriter(context) {}
+
+    /// Writes what came of a record.
+    void write(JsonWriter& writer, const Answer& answer);
+    /// Writes that the line with this number is no record, and why.
+    static void writeMalformed(JsonWriter& writer, std::uint64_t lineNumber, std::optional<std::string_view> id,
+                               std::string_view what);
+
+private:
+    void writeMap(JsonWriter& writer, const QueltInMap* map);
+
+    ExpressionWriter m_expressionWriter;
+};
+
+/// A result as answers show it: "0x80004005".
+[[nodiscard]] std::string formatCode(long result);
+
+} // namespace quelt::host

@@ -1,0 +1,164 @@
+#include "core/infrastructure/OnThreads.h"
+#include "core/infrastructure/SampleObjects.h"
+
+#include "infrastructure/QueltInGuid.h"
+#include "infrastructure/QueltInLinkList.h"
+#include "infrastructure/QueltInList.h"
+#include "infrastructure/QueltInListVal.h"
+#include "infrastructure/QueltInMap.h"
+#include "infrastructure/QueltInMapVal.h"
+#include "infrastructure/QueltInSerialInterval.h"
+#include "infrastructure/QueltInSet.h"
+#include "infrastructure/QueltInTypedDefinition.h"
+
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace {
+
+/// A chain of classes, each derived from the one before; all of the same name, which must not matter.
+template <int Depth>
+class Derived : public QueltInTyped<Derived<Depth>, Derived<Depth - 1>> {
+public:
+    static constexpr const char* s_className = "Derived";
+};
+template <>
+class Derived<0> : public QueltInTyped<Derived<0>, QueltInObject> {
+public:
+    static constexpr const char* s_className = "Derived";
+};
+
+template <int... Depths>
+std::vector<std::unique_ptr<QueltInObject>> chain(std::integer_sequence<int, Depths...> /*depths*/) {
+    std::vector<std::unique_ptr<QueltInObject>> objects;
+    (objects.push_back(std::make_unique<Derived<Depths>>()), ...);
+    return objects;
+}
+
+/// A class that nobody asks for before its test.
+class Late : public QueltInTyped<Late, QueltInObject> {
+public:
+    static constexpr const char* s_className = "Late";
+};
+
+struct Enclosing {
+    class Nested : public QueltInTyped<Nested, QueltInObject> {
+    public:
+        static constexpr const char* s_className = "Enclosing::Nested";
+    };
+};
+
+} // namespace
+
+TEST(QueltInObjectTypeClass, KnowsNameAndParent) {
+    EXPECT_STREQ(QueltInObject::sType()->getName(), "QueltInObject");
+    EXPECT_EQ(QueltInObject::sType()->getParent(), nullptr);
+    EXPECT_STREQ(QueltInObjectVal::sType()->getName(), "QueltInObjectVal");
+    EXPECT_EQ(QueltInObjectVal::sType()->getParent(), QueltInObject::sType());
+    EXPECT_STREQ(SparePart::sType()->getName(), "SparePart");
+    EXPECT_EQ(SparePart::sType()->getParent(), Part::sType());
+    EXPECT_STREQ(Enclosing::Nested::sType()->getName(), "Enclosing::Nested");
+}
+
+TEST(QueltInObjectTypeClass, ClassesOfTheFolderDeriveFromValues) {
+    struct Case {
+        QueltInObjectTypeClass* type;
+        const char* name;
+    };
+    const Case cases[] = {
+        {QueltInGuid::sType(), "QueltInGuid"},
+        {QueltInIntHolder::sType(), "QueltInIntHolder"},
+        {QueltInLinkList::sType(), "QueltInLinkList"},
+        {QueltInList::sType(), "QueltInList"},
+        {QueltInListVal::sType(), "QueltInListVal"},
+        {QueltInMap::sType(), "QueltInMap"},
+        {QueltInMapVal::sType(), "QueltInMapVal"},
+        {QueltInSerialInterval::sType(), "QueltInSerialInterval"},
+        {QueltInSet::sType(), "QueltInSet"},
+        {QueltInString::sType(), "QueltInString"},
+    };
+    std::set<const QueltInObjectTypeClass*> different;
+    for (const Case& one : cases) {
+        EXPECT_STREQ(one.type->getName(), one.name);
+        EXPECT_EQ(one.type->getParent(), QueltInObjectVal::sType()) << one.name;
+        different.insert(one.type);
+    }
+    EXPECT_EQ(different.size(), std::size(cases));
+}
+
+TEST(QueltInObjectTypeClass, TellsDerivedFromUnrelated) {
+    EXPECT_NE(SparePart::sType()->isa(SparePart::sType()), 0);
+    EXPECT_NE(SparePart::sType()->isa(Part::sType()), 0);
+    EXPECT_NE(SparePart::sType()->isa(QueltInObject::sType()), 0);
+    EXPECT_EQ(Part::sType()->isa(SparePart::sType()), 0);
+    EXPECT_EQ(Part::sType()->isa(QueltInObjectVal::sType()), 0);
+    EXPECT_EQ(QueltInIntHolder::sType()->isa(QueltInString::sType()), 0);
+    EXPECT_EQ(Part::sType()->isa(nullptr), 0);
+}
+
+TEST(QueltInObjectTypeClass, TypeOfAnObjectIsThatOfItsOwnClass) {
+    const SparePart spare;
+    const Part& asPart = spare;
+    EXPECT_EQ(asPart.dType(), SparePart::sType());
+    EXPECT_NE(Part::isObjectOfThisType(asPart), 0);
+    EXPECT_NE(SparePart::isObjectOfThisType(asPart), 0);
+    EXPECT_NE(QueltInObject::isObjectOfThisType(asPart), 0);
+    EXPECT_EQ(QueltInObjectVal::isObjectOfThisType(asPart), 0);
+}
+
+TEST(QueltInObjectTypeClass, CastsDownAndRefuses) {
+    SparePart spare;
+    Part part;
+    const QueltInObject& constantSpare = spare;
+    EXPECT_EQ(SparePart::sType()->cast(static_cast<QueltInObject&>(spare)), &spare);
+    EXPECT_EQ(SparePart::sType()->cast(constantSpare), &spare);
+    EXPECT_EQ(SparePart::sType()->cast(static_cast<QueltInObject&>(part)), nullptr);
+    EXPECT_EQ(SparePart::cast(static_cast<QueltInObject&>(spare)), &spare);
+    EXPECT_EQ(SparePart::cast(constantSpare), &spare);
+    EXPECT_EQ(SparePart::cast(static_cast<QueltInObject&>(part)), nullptr);
+    EXPECT_EQ(SparePart::cast(static_cast<QueltInObject*>(&spare)), &spare);
+    EXPECT_EQ(SparePart::cast(static_cast<QueltInObject*>(nullptr)), nullptr);
+    EXPECT_EQ(SparePart::cast(static_cast<const QueltInObject*>(nullptr)), nullptr);
+    EXPECT_EQ(QueltInObject::cast(static_cast<QueltInObject&>(part)), &part);
+    EXPECT_EQ(QueltInObject::cast(constantSpare), &spare);
+}
+
+TEST(QueltInObjectTypeClass, AnyDepthGoes) {
+    // Twenty classes deep is past the ancestors that a type class holds inside itself.
+    const auto objects = chain(std::make_integer_sequence<int, 20>());
+    for (std::size_t derived = 0; derived < objects.size(); ++derived) {
+        const QueltInObjectTypeClass* const type = objects[derived]->dType();
+        EXPECT_STREQ(type->getName(), "Derived");
+        EXPECT_NE(type->isa(QueltInObject::sType()), 0);
+        for (std::size_t base = 0; base < objects.size(); ++base) {
+            EXPECT_EQ(type->isa(objects[base]->dType()) != 0, base <= derived) << derived << " isa " << base;
+        }
+        EXPECT_EQ(type->getParent(), derived == 0 ? QueltInObject::sType() : objects[derived - 1]->dType());
+    }
+}
+
+TEST(QueltInObjectTypeClass, NamesAreNotCompared) {
+    const QueltInObjectTypeClass twin(Part::sType()->getName(), QueltInObject::sType());
+    EXPECT_EQ(twin.isa(Part::sType()), 0);
+    EXPECT_EQ(Part::sType()->isa(&twin), 0);
+    EXPECT_NE(twin.isa(&twin), 0);
+}
+
+TEST(QueltInObjectTypeClass, ThereIsOneAClassHoweverManyThreadsAskFirst) {
+    std::vector<const QueltInObjectTypeClass*> seen(4);
+    onThreads(4, [&seen](unsigned int number) { seen[number] = Late::sType(); });
+    EXPECT_NE(seen.front(), nullptr);
+    EXPECT_EQ(std::set(seen.begin(), seen.end()).size(), 1U);
+}
+
+TEST(QueltInObjectTypeClass, OwnerTakesNull) {
+    const QueltInObjectTypeOwner empty(nullptr);
+    const QueltInObjectTypeOwner full(QueltInObjectTypeClass::make("Passing", QueltInObject::sType()));
+}
+
+TEST(QueltInObject, TextIsTheClassName) {
+    const Enclosing::Nested nested;
+    EXPECT_EQ(textOf(nested), "Enclosing::Nested");
+}
