@@ -40,6 +40,8 @@ struct DnfForm {
 /// Calculates with forms as long as there is enough of what it may use up.
 class DnfCalculator {
 public:
+    DnfCalculator() noexcept;
+
     /// Makes a conjunction of literals in any order, slots may come several times; nothing when they contradict each
     /// other. Failures as DnfLiterals::meet.
     [[nodiscard]] long conjoin(std::vector<DnfLiteral> literals, std::optional<DnfConjunction>& conjunction);
@@ -52,16 +54,14 @@ public:
     [[nodiscard]] DnfLiterals& literals() noexcept { return m_literals; }
 
 private:
-    [[nodiscard]] long meetOfSlot(std::vector<DnfLiteral>& literals, std::optional<DnfLiteral>& all);
+    [[nodiscard]] long meetPairwise(std::vector<DnfLiteral>& ofOneSlot, bool& isContradiction);
+    [[nodiscard]] long multiply(const DnfConjunction& left, const DnfConjunction& right, DnfForm& product);
     [[nodiscard]] long spend(std::size_t work) noexcept;
     void absorb(DnfForm& form);
 
     DnfLiterals m_literals;
     std::int64_t m_work;
     std::int64_t m_comparisons;
-
-public:
-    DnfCalculator() noexcept;
 };
 
 } // namespace quelt

@@ -76,7 +76,7 @@ std::string formatTimeOfDay(std::int64_t seconds) {
     return text;
 }
 
-/// Midnight of the first day of the year 0000, and of the year 10000.
+/// Midnight of the first day of `year`.
 constexpr std::int64_t startOfYear(int year) noexcept {
     const std::chrono::sys_days day{std::chrono::year(year) / std::chrono::January / 1};
     return std::int64_t{day.time_since_epoch().count()} * secondsPerDay;

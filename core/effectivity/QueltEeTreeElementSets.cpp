@@ -109,8 +109,8 @@ private:
 class SelectionWriter {
 public:
     SelectionWriter(const Elements& elements, const ValueSet& selected)
-        : m_elements(elements), m_selected(selected), m_isLeaf(elements.size(), true),
-          m_isWholeBranch(elements.size(), true), m_next(elements.size(), nullptr) {
+        : m_selected(selected), m_isLeaf(elements.size(), true), m_isWholeBranch(elements.size(), true),
+          m_next(elements.size(), nullptr) {
         // Children stand behind their parents, so that each element knows its branch when its turn comes.
         std::for_each(elements.rbegin(), elements.rend(), [this](const auto& element) { note(*element); });
     }
@@ -169,7 +169,6 @@ private:
         return *last;
     }
 
-    const Elements& m_elements;
     const ValueSet& m_selected;
     std::vector<bool> m_isLeaf;
     std::vector<bool> m_isWholeBranch;  // the element and everything below it are selected

@@ -60,7 +60,8 @@ public:
     /// null; E_ALREADYTHERE when there is one, which stays; what was refused stays the caller's.
     virtual long setGlobalCriteria(QueltEeNodeRef* criterion);
     /// Rewrites each part into disjunctive normal form: an OR of ANDs of leaves, or less where less will do. S_OK; 1 when
-    /// anything changed; failures as QueltDnf::make, and nothing is changed then.
+    /// anything changed, and then every part is a new tree of its own, without aliases; failures as QueltDnf::make, and
+    /// nothing is changed then.
     virtual long develop();
     /// Files the criterion of `dictionary` (by GUID), which the expression takes over. E_POINTER for null;
     /// E_ALREADYTHERE when that dictionary has one, which stays; what was refused stays the caller's.

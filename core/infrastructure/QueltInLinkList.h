@@ -9,7 +9,8 @@ class QUELT_CORE_API QueltInLinkList : public QueltInTyped<QueltInLinkList, Quel
 public:
     static constexpr const char* s_className = "QueltInLinkList";
 
-    /// An empty list of objects of this class or of derived ones.
+    /// An empty list of objects of this class or of derived ones. Null declares nothing: such a list refuses
+    /// everything.
     explicit QueltInLinkList(QueltInObjectTypeClass* const& elementType);
     /// A list of the same objects; iterators stay with the original.
     QueltInLinkList(const QueltInLinkList& other);

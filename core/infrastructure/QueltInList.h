@@ -8,9 +8,10 @@ class QUELT_CORE_API QueltInList : public QueltInTyped<QueltInList, QueltInObjec
 public:
     static constexpr const char* s_className = "QueltInList";
 
-    /// An empty list of objects of this class or of derived ones.
+    /// An empty list of objects of this class or of derived ones. Null declares nothing: such a list refuses
+    /// everything.
     explicit QueltInList(QueltInObjectTypeClass* const& elementType);
-    /// A list of the same objects.
+    /// A list of the same objects; whether one was refused is copied, too.
     QueltInList(const QueltInList& other) = default;
     QueltInList& operator=(const QueltInList&) = delete;
     ~QueltInList() override;

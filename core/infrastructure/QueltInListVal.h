@@ -8,9 +8,10 @@ class QUELT_CORE_API QueltInListVal : public QueltInTyped<QueltInListVal, QueltI
 public:
     static constexpr const char* s_className = "QueltInListVal";
 
-    /// An empty list of value objects of this class or of derived ones.
+    /// An empty list of value objects of this class or of derived ones. Null declares nothing: such a list
+    /// refuses everything.
     explicit QueltInListVal(QueltInObjectTypeClass* const& elementType);
-    /// A list of copies.
+    /// A list of copies; whether a value was refused is copied, too.
     QueltInListVal(const QueltInListVal& other);
     QueltInListVal& operator=(const QueltInListVal&) = delete;
     /// Deletes the copies.

@@ -20,10 +20,11 @@ public:
     static constexpr const char* s_className = "QueltInMap";
 
     /// An empty map whose keys and values are of these classes or of derived ones. The type classes are
-    /// passed by reference to a pointer, as sType() yields it.
+    /// passed by reference to a pointer, as sType() yields it. Null declares nothing: such a map refuses
+    /// everything.
     QueltInMap(QueltInObjectTypeClass* const& keyType, QueltInObjectTypeClass* const& valueType);
-    /// As above, with room for `capacity` entries (0 or less: none); the load factor is accepted for the
-    /// callers that give one and has no effect.
+    /// As above, with room made ahead for `capacity` entries (0 or less: none; at most 65536); the load
+    /// factor is accepted for the callers that give one and has no effect.
     QueltInMap(QueltInObjectTypeClass* const& keyType, QueltInObjectTypeClass* const& valueType, int capacity,
                float loadFactor);
     /// A map with the same classes, copies of the keys, and the same values.
@@ -32,7 +33,8 @@ public:
     /// Deletes the copied keys; the values stay.
     ~QueltInMap() override;
 
-    /// Files `value` under a copy of `key`; an equal key keeps its place and gets the new value. E_INVALIDARG
+    /// Files `value` under a copy of `key`; an equal key keeps its place and gets the new value. The map
+    /// hands its values out for change (Get, the iterator), although it takes them as constants. E_INVALIDARG
     /// when key or value is not of the declared class; the map is then unchanged.
     virtual long Put(const QueltInObjectVal& key, const QueltInObject& value);
     /// The value under `key`, or null.

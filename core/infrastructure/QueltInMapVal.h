@@ -10,7 +10,8 @@ class QUELT_CORE_API QueltInMapVal : public QueltInTyped<QueltInMapVal, QueltInO
 public:
     static constexpr const char* s_className = "QueltInMapVal";
 
-    /// An empty map whose keys and values are of these classes or of derived ones.
+    /// An empty map whose keys and values are of these classes or of derived ones. Null declares nothing:
+    /// such a map refuses everything.
     QueltInMapVal(QueltInObjectTypeClass* const& keyType, QueltInObjectTypeClass* const& valueType);
     /// A map with the same classes and copies of all keys and values.
     QueltInMapVal(const QueltInMapVal& other);
@@ -19,7 +20,7 @@ public:
     ~QueltInMapVal() override;
 
     /// Files a copy of `value` under a copy of `key`; an equal key keeps its place and gets the new value.
-    /// E_INVALIDARG when key or value is not of the declared class.
+    /// E_INVALIDARG when key or value is not of the declared class; the map is then unchanged.
     long Put(const QueltInObjectVal& key, const QueltInObjectVal& value);
     /// The map's own value under `key`, or null.
     [[nodiscard]] QueltInObjectVal* Get(const QueltInObjectVal& key) const;

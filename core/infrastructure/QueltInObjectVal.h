@@ -9,10 +9,11 @@ class QUELT_CORE_API QueltInObjectVal : public QueltInTyped<QueltInObjectVal, Qu
 public:
     static constexpr const char* s_className = "QueltInObjectVal";
 
-    /// A copy of the value, of the same class; the caller owns it. The argument is an older copy that may be
-    /// reused instead, or null.
+    /// A copy of the value, of the same class; the caller owns it. `reuse` is null, or an object of the
+    /// caller's that may be overwritten and returned instead of a new one; when another is returned, `reuse`
+    /// is as it was and stays the caller's.
     [[nodiscard]] virtual QueltInObjectVal* clone(QueltInObjectVal* reuse) const = 0;
-    /// Non-zero when `other` is of the same class and holds the same.
+    /// Non-zero when `other` is of exactly the same class and holds the same.
     [[nodiscard]] virtual int equals(const QueltInObjectVal& other) const = 0;
     /// A number that equal values share.
     [[nodiscard]] virtual unsigned int hash() const = 0;

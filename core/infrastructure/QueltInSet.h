@@ -10,10 +10,12 @@ class QUELT_CORE_API QueltInSet : public QueltInTyped<QueltInSet, QueltInObjectV
 public:
     static constexpr const char* s_className = "QueltInSet";
 
-    /// An empty set of objects of this class or of derived ones; `capacity` (0 or less: none) makes room, the
-    /// load factor is accepted and has no effect.
+    /// An empty set of objects of this class or of derived ones; null declares nothing: such a set refuses
+    /// everything. `capacity` (0 or less: none; at most 65536) makes room ahead, the load factor is accepted
+    /// and has no effect.
     explicit QueltInSet(QueltInObjectTypeClass* const& elementType, int capacity = 0,
                         float loadFactor = 0.0F);
+    /// A set of the same objects; whether one was refused is copied, too.
     QueltInSet(const QueltInSet& other);
     QueltInSet& operator=(const QueltInSet&) = delete;
     ~QueltInSet() override;
@@ -23,11 +25,12 @@ public:
     virtual int Put(QueltInObject& object);
     /// Non-zero when `object` is in the set.
     [[nodiscard]] virtual int Find(const QueltInObject& object) const;
-    /// Takes `object` out; non-zero when it was there.
+    /// Takes `object` out, the others stay in their order; non-zero when it was there. Takes time in
+    /// proportion to the length.
     virtual int Remove(const QueltInObject& object);
     /// Empties the set; the objects stay.
     virtual void Clear();
-    /// Adds every element of `other`, in its order.
+    /// Adds every element of `other`, in its order, each as by Put.
     virtual void PutSet(const QueltInSet& other);
     /// Non-zero once an insertion met an object that is not of the declared class; stays so.
     [[nodiscard]] virtual int badCastErr() const { return m_badCast ? 1 : 0; }

@@ -60,15 +60,17 @@ bool LineReader::fill(LineBatch& batch) {
 /// Reads the next piece of the input and cuts it.
 void LineReader::readOn(LineBatch& batch) {
     // Of what stood before the line that is being read nothing is needed: there were blank lines only.
-    char* const text = batch.makeRoom(m_readSize) - batch.m_size;
-    std::copy(text + m_lineBegin, text + batch.m_size, text);
-    batch.m_size -= m_lineBegin;
-    m_searched -= m_lineBegin;
-    m_lineBegin = 0;
-
+    if (m_lineBegin > 0) {
+        char* const text = batch.m_memory.get();
+        std::copy(text + m_lineBegin, text + batch.m_size, text);
+        batch.m_size -= m_lineBegin;
+        m_searched -= m_lineBegin;
+        m_lineBegin = 0;
+    }
+    char* const room = batch.makeRoom(m_readSize);
     std::size_t count = 0;
     try {
-        count = m_source.read(text + batch.m_size, m_readSize);
+        count = m_source.read(room, m_readSize);
     } catch (const StreamFailure&) {
         m_hasEnded = true;
         throw;

@@ -2,6 +2,7 @@
 
 #include "interchange/Key.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
@@ -14,6 +15,16 @@ using TextBuffer = rapidjson::StringBuffer;
 
 [[nodiscard]] inline std::string_view viewOf(const TextBuffer& buffer) {
     return {buffer.GetString(), buffer.GetSize()};
+}
+
+/// Empties `buffer`, which gives the memory back when it had grown unusually large.
+inline void empty(TextBuffer& buffer) {
+    constexpr std::size_t usualSize = std::size_t{8} << 20U;
+    const bool isLarge = buffer.GetSize() > usualSize;
+    buffer.Clear();
+    if (isLarge) {
+        buffer.ShrinkToFit();
+    }
 }
 
 /// Writes compact JSON, one document after the other, into a buffer.

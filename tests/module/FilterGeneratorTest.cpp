@@ -165,6 +165,13 @@ protected:
     ~FilterGeneratorFailures() override { delete m_pList; }
 
     void add(QueltEeVarEff* criterion) { m_pList->addVarEff(criterion); }
+    /// Gives a change, which outlives the arena, an expression.
+    template <class Expression>
+    static void setExpression(QueltEePredefEff& change) {
+        const QueltInHeapScope heap;
+        QueltEeExpression* expression = new Expression;
+        change.setExpr(expression);
+    }
     QueltEeVarEff* engineOption() const { return new QueltEeOptionEff(garage.engine); }
 
     /// Runs the generator over the list so far; the result, and the errors in m_errors.
@@ -387,8 +394,7 @@ TEST_F(FilterGeneratorFailures, namedEffectivities) {
     EXPECT_EQ(m_errors, Messages{"ERROR : unexpected type"});
     EXPECT_EQ(runWith({nullptr}), E_FAIL);
     EXPECT_EQ(m_errors, Messages{"ERROR : unexpected type"});
-    QueltEeExpression* expression = new QueltEeChangeExpression;
-    garage.change.setExpr(expression);
+    setExpression<QueltEeChangeExpression>(garage.change);
     EXPECT_EQ(runWith({&garage.change, &garage.change}), E_FAIL);
     EXPECT_EQ(m_errors.back(), "ERROR : unexpected");
 }
@@ -403,8 +409,7 @@ TEST_F(FilterGeneratorFailures, expressionOfANamedEffectivity) {
 
     m_pList = new QueltQmSpecList;
     m_pList->getNamedEffectivities().Put(garage.change);
-    QueltEeExpression* expression = new ApplicabilityDouble;
-    garage.change.setExpr(expression);
+    setExpression<ApplicabilityDouble>(garage.change);
     EXPECT_EQ(run(), s_coreFailure);
     EXPECT_EQ(m_errors, (Messages{warning, "ERROR : Unable to get dictionaries for current change."}));
 }
