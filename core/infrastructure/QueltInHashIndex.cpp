@@ -45,9 +45,7 @@ void QueltInHashIndex::erase(std::uint64_t hash, std::uint32_t position) noexcep
     m_slots[gap] = {};
     --m_count;
     for (Slot& slot : m_slots) {
-        if (slot.position != s_none && slot.position > position) {
-            --slot.position;
-        }
+        slot.position -= slot.position > position && slot.position != s_none ? 1U : 0U;
     }
 }
 

@@ -80,9 +80,7 @@ QueltInTraceClass::QueltInTraceClass(const char* className, const char* domainNa
       m_domainName(domainName != nullptr ? domainName : "") {}
 
 int QueltInTraceClass::IsActivated() const noexcept {
-    const QueltInTraceCapture* const capture = QueltInTraceCapture::innermost();
-    const bool captured = capture != nullptr && capture->m_wanted == QueltInTraceCapture::Wanted::everything;
-    return captured || QueltInTraceSink::isAskedForAll() ? 1 : 0;
+    return QueltInTraceCapture::isEverythingWanted() ? 1 : 0;
 }
 
 void QueltInTraceClass::SetMethod(const char* name) {

@@ -108,7 +108,7 @@ struct Outlet {
     }
 };
 
-[[maybe_unused]] const Outlet& s_readWhenLoaded = Outlet::instance();
+const bool s_isAskedForAll = Outlet::instance().environment.asksForAll;
 
 thread_local constinit QueltInTraceCapture* t_pInnermost = nullptr;
 thread_local constinit bool t_isWriting = false;
@@ -141,7 +141,7 @@ QueltInTraceSink* QueltInTraceSink::replace(QueltInTraceSink* sink) noexcept {
 }
 
 bool QueltInTraceSink::isAskedForAll() noexcept {
-    return Outlet::instance().environment.asksForAll;
+    return s_isAskedForAll;
 }
 
 void QueltInTraceSink::hand(const QueltInTraceLine& line) {
@@ -166,6 +166,10 @@ QueltInTraceCapture::~QueltInTraceCapture() {
             return;
         }
     }
+}
+
+bool QueltInTraceCapture::isEverythingWanted() noexcept {
+    return s_isAskedForAll || (t_pInnermost != nullptr && t_pInnermost->m_wanted == Wanted::everything);
 }
 
 QueltInTraceCapture* QueltInTraceCapture::innermost() noexcept {

@@ -66,6 +66,8 @@ public:
 
 private:
     friend class QueltInTraceClass;
+    /// True when QUELT_TRACE or the capture of this thread asks for all lines.
+    [[nodiscard]] static bool isEverythingWanted() noexcept;
     /// The capture that takes the lines of this thread, null when there is none.
     [[nodiscard]] static QueltInTraceCapture* innermost() noexcept;
     void take(QueltInTraceLine&& line, bool allWereAskedFor);
