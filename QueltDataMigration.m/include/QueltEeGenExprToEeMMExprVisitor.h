@@ -87,3 +87,4 @@ private:
     QueltEeEffectivityExpression* m_pTrueFalseExpression = nullptr;
     QueltEeChangeExpression* m_pChangeExpression = nullptr;
 };
+extern template class QueltInTyped<QueltEeGenExprToEeMMExprVisitor, QueltEeNodeVisitor>;

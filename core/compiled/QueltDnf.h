@@ -55,3 +55,4 @@ private:
     std::size_t m_literals = 0;
     std::size_t m_values = 0;
 };
+extern template class QueltInTyped<QueltDnf, QueltInObject>;

@@ -33,3 +33,4 @@ private:
     QueltInName m_name;
     QueltInGuid m_guid;
 };
+extern template class QueltInTyped<QueltEeDicoObject, QueltInObject>;

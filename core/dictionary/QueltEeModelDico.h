@@ -47,3 +47,4 @@ private:
     std::unordered_map<std::string_view, QueltEeVariable*> m_byName;
     std::unordered_set<QueltInGuid, GuidHash> m_features;
 };
+extern template class QueltInTyped<QueltEeModelDico, QueltEeDicoObject>;

@@ -31,6 +31,7 @@ private:
     std::vector<QueltInName> m_values;
     std::unordered_map<std::string_view, std::uint32_t> m_numbers; // keys stand in m_values
 };
+extern template class QueltInTyped<QueltEeNamedValueVar, QueltEeVariable>;
 
 /// An option of the catalogue: "Engine" with the values V6 and V8.
 class QUELT_CORE_API QueltEeCatOptionVar : public QueltInTyped<QueltEeCatOptionVar, QueltEeNamedValueVar> {
@@ -38,6 +39,7 @@ public:
     static constexpr const char* s_className = "QueltEeCatOptionVar";
     using QueltInTyped::QueltInTyped;
 };
+extern template class QueltInTyped<QueltEeCatOptionVar, QueltEeNamedValueVar>;
 
 /// A selection: "Package" with the values Sport and Winter.
 class QUELT_CORE_API QueltEeSelectionVar : public QueltInTyped<QueltEeSelectionVar, QueltEeNamedValueVar> {
@@ -45,3 +47,4 @@ public:
     static constexpr const char* s_className = "QueltEeSelectionVar";
     using QueltInTyped::QueltInTyped;
 };
+extern template class QueltInTyped<QueltEeSelectionVar, QueltEeNamedValueVar>;

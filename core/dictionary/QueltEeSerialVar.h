@@ -21,6 +21,7 @@ private:
     QueltInString m_revision;
     unsigned int m_sequenceNumber;
 };
+extern template class QueltInTyped<QueltEeSerialVarValue, QueltInObject>;
 
 /// A flat series: products numbered by sequence, of a kind that the external type tells.
 class QUELT_CORE_API QueltEeSerialVar : public QueltInTyped<QueltEeSerialVar, QueltEeVariable> {
@@ -58,3 +59,4 @@ private:
     SerialExternalType m_externalType;
     QueltInMap* m_pRevisions = nullptr; // owned, with its values
 };
+extern template class QueltInTyped<QueltEeSerialVar, QueltEeVariable>;

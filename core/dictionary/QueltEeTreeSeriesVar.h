@@ -37,6 +37,7 @@ private:
     const QueltEeTreeSeriesElement*
         m_pJump; // far above, so that every ancestor is a few steps away; the root's is itself
 };
+extern template class QueltInTyped<QueltEeTreeSeriesElement, QueltInObject>;
 
 /// A branching series: its elements form a tree. Number 18 is the product series' tree, 19 the manufacturing
 /// series'.
@@ -79,3 +80,4 @@ private:
     std::vector<std::unique_ptr<QueltEeTreeSeriesElement>> m_elements;
     std::unordered_map<unsigned int, QueltEeTreeSeriesElement*> m_byNumber;
 };
+extern template class QueltInTyped<QueltEeTreeSeriesVar, QueltEeVariable>;

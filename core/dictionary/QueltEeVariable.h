@@ -23,3 +23,4 @@ private:
     friend class QueltEeModelDico;
     QueltEeModelDico* m_pHolder = nullptr;
 };
+extern template class QueltInTyped<QueltEeVariable, QueltEeDicoObject>;

@@ -70,3 +70,4 @@ private:
 
     QueltInSmallVector<Interval, 2> m_intervals;
 };
+extern template class QueltInTyped<QueltEeDateEff, QueltEeVarEff>;

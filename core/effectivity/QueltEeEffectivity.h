@@ -33,6 +33,7 @@ protected:
 private:
     QueltEeExpression* m_pExpression = nullptr;
 };
+extern template class QueltInTyped<QueltEeEffectivity, QueltEeDicoObject>;
 
 /// A predefined effectivity: an engineering change.
 class QUELT_CORE_API QueltEePredefEff : public QueltInTyped<QueltEePredefEff, QueltEeEffectivity> {
@@ -40,6 +41,7 @@ public:
     static constexpr const char* s_className = "QueltEePredefEff";
     using QueltInTyped::QueltInTyped;
 };
+extern template class QueltInTyped<QueltEePredefEff, QueltEeEffectivity>;
 
 /// A basic effectivity, which dictionaries can inherit.
 class QUELT_CORE_API QueltEeBasicEff : public QueltInTyped<QueltEeBasicEff, QueltEeEffectivity> {
@@ -51,3 +53,4 @@ public:
     /// the caller.
     [[nodiscard]] virtual QueltEeNodeRef* getOwnNodeRef() const;
 };
+extern template class QueltInTyped<QueltEeBasicEff, QueltEeEffectivity>;

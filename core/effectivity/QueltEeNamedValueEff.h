@@ -47,6 +47,7 @@ private:
     const QueltEeNamedValueVar* m_pVariable;
     QueltInSmallVector<std::uint32_t, 4> m_values;
 };
+extern template class QueltInTyped<QueltEeNamedValueEff, QueltEeVarEff>;
 
 /// An effectivity on a catalogue option.
 class QUELT_CORE_API QueltEeOptionEff : public QueltInTyped<QueltEeOptionEff, QueltEeNamedValueEff> {
@@ -56,6 +57,7 @@ public:
     explicit QueltEeOptionEff(const QueltEeCatOptionVar* variable) noexcept;
     [[nodiscard]] QueltEeVarEff* createVarEffClone() const override;
 };
+extern template class QueltInTyped<QueltEeOptionEff, QueltEeNamedValueEff>;
 
 /// An effectivity on a selection.
 class QUELT_CORE_API QueltEeSelectionEff : public QueltInTyped<QueltEeSelectionEff, QueltEeNamedValueEff> {
@@ -65,3 +67,4 @@ public:
     explicit QueltEeSelectionEff(const QueltEeSelectionVar* variable) noexcept;
     [[nodiscard]] QueltEeVarEff* createVarEffClone() const override;
 };
+extern template class QueltInTyped<QueltEeSelectionEff, QueltEeNamedValueEff>;

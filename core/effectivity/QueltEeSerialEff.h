@@ -66,3 +66,4 @@ private:
     const QueltEeSerialVar* m_pVariable;
     QueltInSmallVector<Interval, 3> m_intervals;
 };
+extern template class QueltInTyped<QueltEeSerialEff, QueltEeVarEff>;

@@ -13,6 +13,7 @@ class QUELT_CORE_API QueltEeTreeBaseEff : public QueltInTyped<QueltEeTreeBaseEff
 public:
     static constexpr const char* s_className = "QueltEeTreeBaseEff";
 };
+extern template class QueltInTyped<QueltEeTreeBaseEff, QueltEeVarEff>;
 
 /// An effectivity on a branching series: the elements of its selections, kept as given. All elements
 /// together, with "no variable", are everything. Without variable there are no elements, and only "no
@@ -60,3 +61,4 @@ private:
     const QueltEeTreeSeriesVar* m_pVariable;
     QueltInVector<QueltEeTreeSeriesSelection> m_selections;
 };
+extern template class QueltInTyped<QueltEeTreeSeriesEff, QueltEeTreeBaseEff>;

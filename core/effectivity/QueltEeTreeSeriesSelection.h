@@ -26,12 +26,14 @@ private:
     const QueltEeTreeSeriesElement* m_pElement;
     unsigned char m_included;
 };
+extern template class QueltInTyped<QueltEeTreeSeriesSelectionBound, QueltInObject>;
 
 /// A selection of elements of some tree.
 class QUELT_CORE_API QueltEeTreeSelection : public QueltInTyped<QueltEeTreeSelection, QueltInObject> {
 public:
     static constexpr const char* s_className = "QueltEeTreeSelection";
 };
+extern template class QueltInTyped<QueltEeTreeSelection, QueltInObject>;
 
 /// A selection of elements of a tree series: a single element; or the elements on the way from one bound to
 /// another down the tree, from the root where there is no from-bound, to the leaves below where there is no
@@ -76,3 +78,4 @@ private:
     std::optional<Bound> m_from;
     QueltInSmallVector<Bound, 1> m_to;
 };
+extern template class QueltInTyped<QueltEeTreeSeriesSelection, QueltEeTreeSelection>;

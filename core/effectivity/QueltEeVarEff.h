@@ -65,3 +65,4 @@ private:
     bool m_negated = false;
     bool m_noVar = false;
 };
+extern template class QueltInTyped<QueltEeVarEff, QueltInObject>;

@@ -51,6 +51,7 @@ private:
 
     std::uint8_t m_flags;
 };
+extern template class QueltInTyped<QueltEVCClassification, QueltInObject>;
 
 /// Classifies subtrees. What it finds is kept with the nodes, so that classifying a subtree again costs nothing while
 /// the subtree has not changed.

@@ -214,13 +214,14 @@ public:
     /// All must hold, or one.
     explicit Tally(bool all) noexcept : m_all(all), m_holds(all) {}
 
-    /// Takes one more result; false when there is nothing left to look at, because of a failure or because the
-    /// result is certain.
-    bool add(long result, bool holds) noexcept {
-        m_result = result;
-        m_holds = holds;
-        return result >= 0 && holds == m_all;
+    /// Takes one more result, which `evaluate(holds)` gives; false when there is nothing left to look at, because of a
+    /// failure or because the result is certain.
+    template <class Evaluate>
+    bool add(Evaluate evaluate) {
+        m_result = evaluate(m_holds);
+        return m_result >= 0 && m_holds == m_all;
     }
+    /// The result of all.
     long finish(bool& holds) const noexcept {
         if (m_result >= 0) {
             holds = m_holds;
@@ -234,23 +235,24 @@ private:
     long m_result = S_OK;
 };
 
+long evaluateNamed(const QueltEeEffectivity& effectivity, const QueltEeConfiguration& configuration, bool& holds) {
+    holds = configuration.holds(effectivity.getGuid());
+    return S_OK;
+}
+
 long evaluateList(const QueltQmSpecList* list, bool all, const QueltEeConfiguration& configuration, bool& holds) {
     Tally tally(all);
-    if (list == nullptr) {
+    bool goesOn = list != nullptr;
+    if (!goesOn) {
         return tally.finish(holds);
     }
-    bool one = false;
     QueltInMap::const_iterator effectivities = list->getVarEffs().cBegin();
-    while (const QueltEeVarEff* const effectivity = QueltEeVarEff::cast(effectivities.GetValGoToNext())) {
-        if (!tally.add(evaluateVarEff(*effectivity, configuration, {}, one), one)) {
-            return tally.finish(holds);
-        }
+    while (const QueltEeVarEff* const one = goesOn ? QueltEeVarEff::cast(effectivities.GetValGoToNext()) : nullptr) {
+        goesOn = tally.add([&](bool& oneHolds) { return evaluateVarEff(*one, configuration, {}, oneHolds); });
     }
     QueltInSet::const_iterator named = list->getNamedEffectivities().cBegin();
-    while (const QueltEeEffectivity* const effectivity = QueltEeEffectivity::cast(named.GetGoToNext())) {
-        if (!tally.add(S_OK, configuration.holds(effectivity->getGuid()))) {
-            break;
-        }
+    while (const QueltEeEffectivity* const one = goesOn ? QueltEeEffectivity::cast(named.GetGoToNext()) : nullptr) {
+        goesOn = tally.add([&](bool& oneHolds) { return evaluateNamed(*one, configuration, oneHolds); });
     }
     return tally.finish(holds);
 }
@@ -282,19 +284,17 @@ long evaluateGeneric(const QueltEeGenericExpression& expression, const QueltEeCo
     return evaluateList(list, mode == QueltEeGenericExpression::ListMode::all, configuration, holds);
 }
 
-/// The global criterion, then what is filed under `dictionary`.
-long evaluateCriteria(const QueltEeMultiModelExpression& expression, const QueltEeModelDico* dictionary,
+/// What is filed under `dictionary`.
+long evaluateCriteria(const QueltEeMultiModelExpression& expression, const QueltEeModelDico& dictionary,
                       const QueltEeConfiguration& configuration, bool& holds) {
-    bool one = false;
-    Tally tally(true);
-    if (!tally.add(evaluatePart(expression.getGlobalCriteria(), configuration, one), one) || dictionary == nullptr) {
-        return tally.finish(holds);
-    }
-    const auto* const criteria = expression.findModelCriteria(*dictionary);
+    const auto* const criteria = expression.findModelCriteria(dictionary);
     if (criteria == nullptr) {
-        tally.add(S_OK, expression.getModelCriteria().empty());
-    } else if (tally.add(evaluatePart(criteria->getInherited(), configuration, one), one)) {
-        tally.add(evaluatePart(criteria->getOwn(), configuration, one), one);
+        holds = expression.getModelCriteria().empty();
+        return S_OK;
+    }
+    Tally tally(true);
+    if (tally.add([&](bool& part) { return evaluatePart(criteria->getInherited(), configuration, part); })) {
+        tally.add([&](bool& part) { return evaluatePart(criteria->getOwn(), configuration, part); });
     }
     return tally.finish(holds);
 }
@@ -331,11 +331,16 @@ long evaluateOperations(const QueltEeEffectivityExpression& expression, const Qu
 
 long evaluateMultiModel(const QueltEeMultiModelExpression& expression, const QueltEeModelDico* dictionary,
                         const QueltEeConfiguration& configuration, bool& holds) {
-    bool one = false;
     Tally tally(true);
+    bool goesOn =
+        tally.add([&](bool& part) { return evaluatePart(expression.getGlobalCriteria(), configuration, part); });
+    if (goesOn && dictionary != nullptr) {
+        goesOn = tally.add(
+            [&](bool& part) { return evaluateCriteria(expression, *dictionary, configuration, part); });
+    }
     const QueltEeEffectivityExpression* const effectivity = QueltEeEffectivityExpression::cast(&expression);
-    if (tally.add(evaluateCriteria(expression, dictionary, configuration, one), one) && effectivity != nullptr) {
-        tally.add(evaluateOperations(*effectivity, configuration, one), one);
+    if (goesOn && effectivity != nullptr) {
+        tally.add([&](bool& part) { return evaluateOperations(*effectivity, configuration, part); });
     }
     return tally.finish(holds);
 }

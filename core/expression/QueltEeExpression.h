@@ -12,3 +12,4 @@ public:
     /// Runs `visitor` over the expression; the first negative result ends the walk and is returned, else the last one.
     virtual long runConstVisitor(QueltEeNodeVisitor& visitor) const = 0;
 };
+extern template class QueltInTyped<QueltEeExpression, QueltInObject>;

@@ -61,3 +61,4 @@ private:
     std::vector<std::unique_ptr<QueltEeModelDico>> m_owned;
     std::vector<std::unique_ptr<QueltInObject>> m_adopted;
 };
+extern template class QueltInTyped<QueltEeExpressionContext, QueltInObject>;

@@ -55,3 +55,4 @@ private:
     QueltQmSpecList* m_pList;
     int m_listMode = 0;
 };
+extern template class QueltInTyped<QueltEeFilterExpression, QueltEeExpression>;

@@ -44,3 +44,4 @@ private:
     ListMode m_mode = ListMode::all;
     bool m_isList = false;
 };
+extern template class QueltInTyped<QueltEeGenericExpression, QueltEeExpression>;

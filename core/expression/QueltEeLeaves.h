@@ -10,6 +10,7 @@ class QUELT_CORE_API QueltEeNodeLeaf : public QueltInTyped<QueltEeNodeLeaf, Quel
 public:
     static constexpr const char* s_className = "QueltEeNodeLeaf";
 };
+extern template class QueltInTyped<QueltEeNodeLeaf, QueltEeNode>;
 
 /// The constant TRUE.
 class QUELT_CORE_API QueltEeTrue : public QueltInTyped<QueltEeTrue, QueltEeNodeLeaf> {
@@ -20,6 +21,7 @@ public:
     [[nodiscard]] QueltEeNodeRef* clone() const override;
     [[nodiscard]] QueltInString toString() const override;
 };
+extern template class QueltInTyped<QueltEeTrue, QueltEeNodeLeaf>;
 
 /// The constant FALSE.
 class QUELT_CORE_API QueltEeFalse : public QueltInTyped<QueltEeFalse, QueltEeNodeLeaf> {
@@ -30,6 +32,7 @@ public:
     [[nodiscard]] QueltEeNodeRef* clone() const override;
     [[nodiscard]] QueltInString toString() const override;
 };
+extern template class QueltInTyped<QueltEeFalse, QueltEeNodeLeaf>;
 
 /// A leaf that states a criterion.
 class QUELT_CORE_API QueltEeNodeElementaryLeaf : public QueltInTyped<QueltEeNodeElementaryLeaf, QueltEeNodeLeaf> {
@@ -55,6 +58,7 @@ public:
     /// The object on which the leaf's truth depends (a variable, an effectivity), or null; not owned.
     [[nodiscard]] virtual const QueltInObject* getConstraintCriterion() const;
 };
+extern template class QueltInTyped<QueltEeNodeElementaryLeaf, QueltEeNodeLeaf>;
 
 /// A leaf that refers to an effectivity in a dictionary.
 class QUELT_CORE_API QueltEeEffLeaf : public QueltInTyped<QueltEeEffLeaf, QueltEeNodeElementaryLeaf> {
@@ -92,6 +96,7 @@ private:
     const QueltEeModelDico* m_pDictionary;
     bool m_negated = false;
 };
+extern template class QueltInTyped<QueltEeEffLeaf, QueltEeNodeElementaryLeaf>;
 
 /// A leaf that holds a variable effectivity, or, as long as none was set, none.
 class QUELT_CORE_API QueltEeVarEffLeaf : public QueltInTyped<QueltEeVarEffLeaf, QueltEeNodeElementaryLeaf> {
@@ -128,6 +133,7 @@ private:
 
     QueltEeVarEff* m_pEffectivity;
 };
+extern template class QueltInTyped<QueltEeVarEffLeaf, QueltEeNodeElementaryLeaf>;
 
 /// A leaf that restricts by a text which the core does not interpret.
 class QUELT_CORE_API QueltEeRestrictionEffLeaf
@@ -145,3 +151,4 @@ public:
 private:
     QueltInString m_text;
 };
+extern template class QueltInTyped<QueltEeRestrictionEffLeaf, QueltEeNodeElementaryLeaf>;

@@ -91,6 +91,8 @@ private:
     QueltInSmallVector<Filed, 3> m_filed;
     quelt::QueltInHashIndex m_index;
 };
+extern template class QueltInTyped<QueltEeMultiModelExpression, QueltEeExpression>;
+extern template class QueltInTyped<QueltEeMultiModelExpression::ModelCriteria, QueltInObject>;
 
 /// What a change applies to.
 class QUELT_CORE_API QueltEeChangeExpression
@@ -103,6 +105,7 @@ public:
 protected:
     [[nodiscard]] const char* kindName() const override { return "change"; }
 };
+extern template class QueltInTyped<QueltEeChangeExpression, QueltEeMultiModelExpression>;
 
 /// An operation of an effectivity expression: a predefined effectivity, and what to do with it.
 class QUELT_CORE_API QueltEeExpressionOperation : public QueltInTyped<QueltEeExpressionOperation, QueltInObject> {
@@ -129,6 +132,7 @@ public:
 private:
     QueltInObject* m_pObject;
 };
+extern template class QueltInTyped<QueltEeExpressionOperation, QueltInObject>;
 
 /// Where a part of the product applies: criteria and, in order, operations with changes.
 class QUELT_CORE_API QueltEeEffectivityExpression
@@ -156,3 +160,4 @@ protected:
 private:
     QueltInSmallVector<QueltEeExpressionOperation*, 2> m_operations;
 };
+extern template class QueltInTyped<QueltEeEffectivityExpression, QueltEeMultiModelExpression>;

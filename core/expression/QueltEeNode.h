@@ -70,6 +70,7 @@ private:
     bool m_owns = true;
     bool m_isHeld = false;
 };
+extern template class QueltInTyped<QueltEeNodeRef, QueltInObject>;
 
 /// A node of an expression tree.
 ///
@@ -129,3 +130,4 @@ private:
     // that it follows from; hence a change is told upwards only as far as something is known.
     mutable std::atomic<std::uint16_t> m_knownClassification{0};
 };
+extern template class QueltInTyped<QueltEeNode, QueltInObject>;

@@ -28,3 +28,4 @@ public:
     virtual long visitVarEffLeaf(QueltEeVarEffLeaf& leaf) = 0;
     virtual long visitRestrictionEffLeaf(QueltEeRestrictionEffLeaf& leaf) = 0;
 };
+extern template class QueltInTyped<QueltEeNodeVisitor, QueltInObject>;

@@ -23,6 +23,7 @@ public:
     /// reference without node is E_POINTER.
     virtual long childrenAcceptVisitor(QueltEeNodeVisitor& visitor) = 0;
 };
+extern template class QueltInTyped<QueltEeOperator, QueltEeNode>;
 
 /// AND or OR over any number of children.
 class QUELT_CORE_API QueltEeGroupOp : public QueltInTyped<QueltEeGroupOp, QueltEeOperator> {
@@ -92,6 +93,7 @@ private:
     Children m_children;
     bool m_isAnd;
 };
+extern template class QueltInTyped<QueltEeGroupOp, QueltEeOperator>;
 
 /// Conjunction.
 class QUELT_CORE_API QueltEeAndOp : public QueltInTyped<QueltEeAndOp, QueltEeGroupOp> {
@@ -101,6 +103,7 @@ public:
     QueltEeAndOp();
     long acceptVisitor(QueltEeNodeVisitor& visitor) override;
 };
+extern template class QueltInTyped<QueltEeAndOp, QueltEeGroupOp>;
 
 /// Disjunction.
 class QUELT_CORE_API QueltEeOrOp : public QueltInTyped<QueltEeOrOp, QueltEeGroupOp> {
@@ -110,6 +113,7 @@ public:
     QueltEeOrOp();
     long acceptVisitor(QueltEeNodeVisitor& visitor) override;
 };
+extern template class QueltInTyped<QueltEeOrOp, QueltEeGroupOp>;
 
 /// An operator with one child, or, as long as none was set, with none.
 class QUELT_CORE_API QueltEeSingleOp : public QueltInTyped<QueltEeSingleOp, QueltEeOperator> {
@@ -134,6 +138,7 @@ public:
 private:
     QueltEeNodeRef* m_pChild = nullptr;
 };
+extern template class QueltInTyped<QueltEeSingleOp, QueltEeOperator>;
 
 /// Negation: what holds for no-variable is turned round too.
 class QUELT_CORE_API QueltEeNotOp : public QueltInTyped<QueltEeNotOp, QueltEeSingleOp> {
@@ -147,6 +152,7 @@ public:
 private:
     unsigned char m_isGenerated;
 };
+extern template class QueltInTyped<QueltEeNotOp, QueltEeSingleOp>;
 
 /// Negation within the domain of values: what is said of configurations in which a variable has no value stays.
 ///
@@ -161,3 +167,4 @@ public:
     QueltEeNotDomainOp() noexcept;
     long acceptVisitor(QueltEeNodeVisitor& visitor) override;
 };
+extern template class QueltInTyped<QueltEeNotDomainOp, QueltEeSingleOp>;

@@ -37,3 +37,4 @@ private:
     QueltInMap m_varEffs;
     QueltInSet m_named;
 };
+extern template class QueltInTyped<QueltQmSpecList, QueltInObject>;

@@ -40,3 +40,4 @@ public:
 private:
     Bytes m_bytes{};
 };
+extern template class QueltInTyped<QueltInGuid, QueltInObjectVal>;

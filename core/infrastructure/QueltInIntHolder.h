@@ -18,3 +18,4 @@ public:
     /// The held number, read and written directly.
     unsigned int m_value;
 };
+extern template class QueltInTyped<QueltInIntHolder, QueltInObjectVal>;

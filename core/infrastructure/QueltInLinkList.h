@@ -112,3 +112,4 @@ private:
     QueltInObjectTypeClass* m_pElementType;
     const_iterator* m_pIterators = nullptr;
 };
+extern template class QueltInTyped<QueltInLinkList, QueltInObjectVal>;

@@ -55,3 +55,4 @@ private:
     QueltInObjectTypeClass* m_pElementType;
     bool m_badCast = false;
 };
+extern template class QueltInTyped<QueltInList, QueltInObjectVal>;

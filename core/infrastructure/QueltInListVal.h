@@ -56,3 +56,4 @@ private:
     QueltInObjectTypeClass* m_pElementType;
     bool m_badCast = false;
 };
+extern template class QueltInTyped<QueltInListVal, QueltInObjectVal>;

@@ -92,6 +92,7 @@ private:
     quelt::QueltInHashIndex m_index;
     [[nodiscard]] std::uint32_t find(const QueltInObjectVal& key) const;
 };
+extern template class QueltInTyped<QueltInMap, QueltInObjectVal>;
 
 /// Deletes the objects that `map` holds, then the map. Null is accepted. For whoever owns both.
 QUELT_CORE_API void QueltInDeleteWithObjects(QueltInMap* map);

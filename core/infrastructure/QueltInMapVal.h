@@ -64,3 +64,4 @@ private:
     quelt::QueltInHashIndex m_index;
     [[nodiscard]] std::uint32_t find(const QueltInObjectVal& key) const;
 };
+extern template class QueltInTyped<QueltInMapVal, QueltInObjectVal>;

@@ -20,3 +20,4 @@ public:
     /// As hash(), mixed over all bits, for tables whose size is a power of two.
     [[nodiscard]] virtual std::uint64_t BinHashFunc() const;
 };
+extern template class QueltInTyped<QueltInObjectVal, QueltInObject>;

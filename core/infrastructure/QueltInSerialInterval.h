@@ -37,3 +37,4 @@ private:
     unsigned char m_aIncl = 1;
     unsigned char m_bIncl = 1;
 };
+extern template class QueltInTyped<QueltInSerialInterval, QueltInObjectVal>;

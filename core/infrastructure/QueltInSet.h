@@ -78,6 +78,7 @@ private:
     bool m_badCast = false;
     [[nodiscard]] std::uint32_t find(const QueltInObject& object) const;
 };
+extern template class QueltInTyped<QueltInSet, QueltInObjectVal>;
 
 /// Deletes the objects that `set` holds, then the set. Null is accepted. For whoever owns both.
 QUELT_CORE_API void QueltInDeleteWithObjects(QueltInSet* set);

@@ -47,3 +47,4 @@ public:
 private:
     Text m_text;
 };
+extern template class QueltInTyped<QueltInString, QueltInObjectVal>;

@@ -2,17 +2,21 @@
 
 #include "infrastructure/QueltInObject.h"
 
-/// The type registry's part of a class, written once. A class says its base and its name, and nothing more:
+/// The type registry's part of a class, written once. A class says its base and its name, its header that it is
+/// registered elsewhere:
 ///
 ///     class QueltEeTrue : public QueltInTyped<QueltEeTrue, QueltEeNodeLeaf> {
 ///     public:
 ///         static constexpr const char* s_className = "QueltEeTrue";
+///     };
+///     extern template class QueltInTyped<QueltEeTrue, QueltEeNodeLeaf>;
 ///
 /// and its source file, in the one library that holds the class, includes QueltInTypedDefinition.h and says
 ///
 ///     template class QueltInTyped<QueltEeTrue, QueltEeNodeLeaf>;
 ///
-/// That line makes the type class when the library is loaded and releases it when it is unloaded.
+/// That last line makes the type class when the library is loaded and releases it when it is unloaded. Without the one in
+/// the header, every source file that registers a class of its own would make a second type class for this one.
 template <class Self, class Base>
 class QUELT_CORE_API QueltInTyped : public Base {
 public:

@@ -55,6 +55,20 @@ TEST(QueltInGuid, RefusesEverythingElse) {
     }
 }
 
+TEST(QueltInGuid, EveryPlaceTakesItsOwnCharactersOnly) {
+    for (std::size_t place = 0; place < s_text.size(); ++place) {
+        for (int code = 0; code < 256; ++code) {
+            const char character = static_cast<char>(code);
+            std::string text(s_text);
+            text[place] = character;
+            const std::string_view admitted = s_text[place] == '-' ? "-" : "0123456789abcdefABCDEF";
+            const bool fits = admitted.find(character) != std::string_view::npos;
+            QueltInGuid guid;
+            EXPECT_EQ(QueltInGuid::parse(text, guid), fits ? S_OK : E_INVALIDARG) << place << " " << code;
+        }
+    }
+}
+
 TEST(QueltInGuid, EveryByteCounts) {
     const QueltInGuid guid(s_bytes);
     for (std::size_t position = 0; position < s_bytes.size(); ++position) {

@@ -196,6 +196,10 @@ TEST(QueltInArena, BigObjectLeavesTheCurrentBlockInUse) {
     static_cast<void>(QueltInMemory::allocate(10 * s_mebi));
     const auto* const after = static_cast<const std::byte*>(QueltInMemory::allocate(16));
     EXPECT_EQ(after, before + 16);
+
+    const auto* const fits = static_cast<const std::byte*>(QueltInMemory::allocate(40 * s_kibi));
+    static_cast<void>(QueltInMemory::allocate(40 * s_kibi)); // does not fit any more and is rather big
+    EXPECT_EQ(QueltInMemory::allocate(16), fits + 40 * s_kibi);
 }
 
 TEST(QueltInArena, KnowsItsOwnMemoryAmongManyBlocks) {

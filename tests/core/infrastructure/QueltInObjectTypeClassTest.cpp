@@ -125,7 +125,7 @@ TEST(QueltInObjectTypeClass, CastsDownAndRefuses) {
     EXPECT_EQ(QueltInObject::cast(constantSpare), &spare);
 }
 
-TEST(QueltInObjectTypeClass, AnyDepthGoes) {
+TEST(QueltInObjectTypeClass, ObjectsOfAnyDepthAreToldApart) {
     // Twenty classes deep is past the ancestors that a type class holds inside itself.
     const auto objects = chain(std::make_integer_sequence<int, 20>());
     for (std::size_t derived = 0; derived < objects.size(); ++derived) {
@@ -136,6 +136,22 @@ TEST(QueltInObjectTypeClass, AnyDepthGoes) {
             EXPECT_EQ(type->isa(objects[base]->dType()) != 0, base <= derived) << derived << " isa " << base;
         }
         EXPECT_EQ(type->getParent(), derived == 0 ? QueltInObject::sType() : objects[derived - 1]->dType());
+    }
+}
+
+TEST(QueltInObjectTypeClass, TypesOfAnyDepthAreMadeAndReleased) {
+    std::vector<std::unique_ptr<QueltInObjectTypeClass>> types;
+    const QueltInObjectTypeClass* parent = nullptr;
+    for (int depth = 0; depth < 30; ++depth) {
+        types.emplace_back(QueltInObjectTypeClass::make("Made", parent));
+        ASSERT_NE(types.back(), nullptr);
+        EXPECT_EQ(types.back()->getParent(), parent);
+        parent = types.back().get();
+    }
+    for (const auto& derived : types) {
+        for (const auto& base : types) {
+            EXPECT_EQ(derived->isa(base.get()) != 0, &base <= &derived);
+        }
     }
 }
 

@@ -21,6 +21,7 @@ public:
     static inline int s_alive = 0;
     int m_number;
 };
+extern template class QueltInTyped<Part, QueltInObject>;
 
 /// A part of a special kind.
 class SparePart : public QueltInTyped<SparePart, Part> {
@@ -28,6 +29,7 @@ public:
     static constexpr const char* s_className = "SparePart";
     using QueltInTyped::QueltInTyped;
 };
+extern template class QueltInTyped<SparePart, Part>;
 
 /// A value of which only three hashes exist, so that tables have to deal with equal ones.
 class Crowded : public QueltInTyped<Crowded, QueltInObjectVal> {
@@ -44,6 +46,7 @@ public:
     static inline int s_alive = 0;
     int m_number;
 };
+extern template class QueltInTyped<Crowded, QueltInObjectVal>;
 
 inline std::ostream& operator<<(std::ostream& stream, const QueltInString& text) {
     return stream << '"' << text.view() << '"';
