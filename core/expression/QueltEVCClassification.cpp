@@ -20,12 +20,13 @@ template class QueltInTyped<QueltEVCClassification, QueltInObject>;
 QueltEVCClassification::QueltEVCClassification(unsigned char all) noexcept : m_flags(all != 0 ? s_all : 0) {}
 
 QueltInString QueltEVCClassification::toString() const {
-    static constexpr std::array<std::pair<std::uint8_t, const char*>, 6> names{{{s_evolution, "evolution"},
-                                                                                {s_variant, "variant"},
-                                                                                {s_change, "change"},
-                                                                                {s_history, "history"},
-                                                                                {s_effectivity, "effectivity"},
-                                                                                {s_inheritedEff, "inherited effectivity"}}};
+    static constexpr std::array<std::pair<std::uint8_t, const char*>, 6> names{
+        {{s_evolution, "evolution"},
+         {s_variant, "variant"},
+         {s_change, "change"},
+         {s_history, "history"},
+         {s_effectivity, "effectivity"},
+         {s_inheritedEff, "inherited effectivity"}}};
     quelt::TextBuilder text;
     const char* separator = "";
     for (const auto& [flag, name] : names) {
@@ -38,7 +39,8 @@ QueltInString QueltEVCClassification::toString() const {
 
 QueltCoreEVC_NodeClassifier::~QueltCoreEVC_NodeClassifier() = default;
 
-// What is kept with a node: that something is known, and either why the subtree is refused or which kinds it holds.
+// What is kept with a node: that something is known, and either why the subtree is refused or which kinds it
+// holds.
 namespace {
 
 constexpr std::uint16_t s_known = 0x8000;
@@ -122,7 +124,8 @@ std::uint16_t QueltCoreEVC_NodeClassifier::find(const QueltEeNode& root) {
     return found;
 }
 
-long QueltCoreEVC_NodeClassifier::classify(const QueltEeNodeRef& reference, QueltEVCClassification& classification) {
+long QueltCoreEVC_NodeClassifier::classify(const QueltEeNodeRef& reference,
+                                           QueltEVCClassification& classification) {
     const QueltEeNode* const node = reference.getNode();
     const std::uint16_t found = node != nullptr ? find(*node) : s_missing;
     if ((found & s_missing) != 0) {
@@ -131,6 +134,7 @@ long QueltCoreEVC_NodeClassifier::classify(const QueltEeNodeRef& reference, Quel
     if (isRefused(found)) {
         return (found & s_notImplemented) != 0 ? E_NOTIMPL : E_UNEXPECTED;
     }
-    classification.m_flags = static_cast<std::uint8_t>(classification.m_flags | (found & QueltEVCClassification::s_all));
+    classification.m_flags =
+        static_cast<std::uint8_t>(classification.m_flags | (found & QueltEVCClassification::s_all));
     return S_OK;
 }

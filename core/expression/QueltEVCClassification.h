@@ -9,8 +9,8 @@ class QueltEeNode;
 class QueltEeNodeRef;
 class QueltEeVarEff;
 
-/// The kinds of criteria that a subtree holds: evolution (series), variant (options, selections), change, history
-/// (dates), effectivity, inherited effectivity.
+/// The kinds of criteria that a subtree holds: evolution (series), variant (options, selections), change,
+/// history (dates), effectivity, inherited effectivity.
 class QUELT_CORE_API QueltEVCClassification : public QueltInTyped<QueltEVCClassification, QueltInObject> {
 public:
     static constexpr const char* s_className = "QueltEVCClassification";
@@ -47,23 +47,25 @@ private:
     void set(std::uint8_t flag, unsigned char value) noexcept {
         m_flags = static_cast<std::uint8_t>(value != 0 ? m_flags | flag : m_flags & ~flag);
     }
-    [[nodiscard]] unsigned char get(std::uint8_t flag) const noexcept { return (m_flags & flag) != 0 ? 1 : 0; }
+    [[nodiscard]] unsigned char get(std::uint8_t flag) const noexcept {
+        return (m_flags & flag) != 0 ? 1 : 0;
+    }
 
     std::uint8_t m_flags;
 };
 extern template class QueltInTyped<QueltEVCClassification, QueltInObject>;
 
-/// Classifies subtrees. What it finds is kept with the nodes, so that classifying a subtree again costs nothing while
-/// the subtree has not changed.
+/// Classifies subtrees. What it finds is kept with the nodes, so that classifying a subtree again costs
+/// nothing while the subtree has not changed.
 class QUELT_CORE_API QueltCoreEVC_NodeClassifier {
 public:
     virtual ~QueltCoreEVC_NodeClassifier();
-    /// Adds to `classification` the kinds that the subtree holds. Options and selections are variant, serial and tree
-    /// series evolution, dates history; an effectivity leaf is change when it refers to a predefined effectivity,
-    /// inherited effectivity for a basic one, effectivity for another; constants and leaves that refer to nothing add
-    /// nothing. Refused are NOT-domain, E_NOTIMPL, and restriction leaves, E_UNEXPECTED, however deep; the first one
-    /// met, a node before its children and those in order, gives the result. A reference without node, here or below, is
-    /// E_POINTER. `classification` is as it was after a failure.
+    /// Adds to `classification` the kinds that the subtree holds. Options and selections are variant, serial
+    /// and tree series evolution, dates history; an effectivity leaf is change when it refers to a predefined
+    /// effectivity, inherited effectivity for a basic one, effectivity for another; constants and leaves that
+    /// refer to nothing add nothing. Refused are NOT-domain, E_NOTIMPL, and restriction leaves, E_UNEXPECTED,
+    /// however deep; the first one met, a node before its children and those in order, gives the result. A
+    /// reference without node, here or below, is E_POINTER. `classification` is as it was after a failure.
     virtual long classify(const QueltEeNodeRef& reference, QueltEVCClassification& classification);
 
 private:

@@ -5,8 +5,9 @@
 
 namespace quelt {
 
-/// Looks for a node among those above another one, and for that other one among those below the first, in turns, until either
-/// search is through. Trees that are built from the top, from the bottom, or from parts are all cheap to check that way.
+/// Looks for a node among those above another one, and for that other one among those below the first, in
+/// turns, until either search is through. Trees that are built from the top, from the bottom, or from parts
+/// are all cheap to check that way.
 class AncestrySearch {
 public:
     AncestrySearch(const QueltEeNode& upper, const QueltEeNode& lower) : m_upper(upper), m_lower(lower) {

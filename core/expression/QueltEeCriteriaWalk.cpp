@@ -22,7 +22,8 @@ OwnedReference makeLeaf(std::unique_ptr<QueltEeVarEff> effectivity) {
     return OwnedReference(leaf->getNodeRef()->takeFor(nullptr));
 }
 
-/// Puts what the leaf holds after its visit in the place of the criterion, if it still is such a leaf and holds something.
+/// Puts what the leaf holds after its visit in the place of the criterion, if it still is such a leaf and
+/// holds something.
 long store(const QueltEeNodeRef& reference, unsigned int position, QueltQmSpecList& list) {
     QueltEeVarEffLeaf* const leaf = QueltEeVarEffLeaf::cast(reference.getNode());
     QueltEeVarEff* const effectivity = leaf != nullptr ? leaf->releaseVarEff() : nullptr;
@@ -34,14 +35,16 @@ long showVarEffs(const QueltQmSpecList& list, QueltQmSpecList* target, QueltEeNo
     const auto length = static_cast<unsigned int>(list.getVarEffs().GetLength());
     long result = S_OK;
     for (unsigned int position = 0; result >= 0 && position < length; ++position) {
-        const QueltEeVarEff* const criterion = QueltEeVarEff::cast(list.getVarEffs().Get(QueltInIntHolder(position)));
+        const QueltEeVarEff* const criterion =
+            QueltEeVarEff::cast(list.getVarEffs().Get(QueltInIntHolder(position)));
         std::unique_ptr<QueltEeVarEff> copy(criterion != nullptr ? criterion->createVarEffClone() : nullptr);
         if (copy == nullptr) {
             return E_FAIL;
         }
         const OwnedReference reference = makeLeaf(std::move(copy));
         result = visitNodeOf(reference.get(), visitor);
-        if (const long stored = result >= 0 && target != nullptr ? store(*reference, position, *target) : S_OK;
+        if (const long stored =
+                result >= 0 && target != nullptr ? store(*reference, position, *target) : S_OK;
             stored < 0) {
             return stored;
         }
@@ -82,11 +85,13 @@ long showEffectivity(QueltEeEffectivity* effectivity, const QueltEeModelDico* di
     return visitNodeOf(reference.get(), visitor);
 }
 
-long showCriteria(const QueltQmSpecList* list, const QueltEeModelDico* dictionary, QueltEeNodeVisitor& visitor) {
+long showCriteria(const QueltQmSpecList* list, const QueltEeModelDico* dictionary,
+                  QueltEeNodeVisitor& visitor) {
     return show(list, nullptr, dictionary, visitor);
 }
 
-long showAndStoreCriteria(QueltQmSpecList* list, const QueltEeModelDico* dictionary, QueltEeNodeVisitor& visitor) {
+long showAndStoreCriteria(QueltQmSpecList* list, const QueltEeModelDico* dictionary,
+                          QueltEeNodeVisitor& visitor) {
     return show(list, list, dictionary, visitor);
 }
 

@@ -9,7 +9,8 @@ class QUELT_CORE_API QueltEeExpression : public QueltInTyped<QueltEeExpression, 
 public:
     static constexpr const char* s_className = "QueltEeExpression";
 
-    /// Runs `visitor` over the expression; the first negative result ends the walk and is returned, else the last one.
+    /// Runs `visitor` over the expression; the first negative result ends the walk and is returned, else the
+    /// last one.
     virtual long runConstVisitor(QueltEeNodeVisitor& visitor) const = 0;
 };
 extern template class QueltInTyped<QueltEeExpression, QueltInObject>;

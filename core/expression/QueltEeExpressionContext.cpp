@@ -92,15 +92,15 @@ long QueltEeExpressionContext::GetAllDictionariesByName(const QueltInMap*& dicti
     return S_OK;
 }
 
-long QueltEeExpressionContext::GetAllDictionariesForInheritedEffectivity(const QueltEeBasicEff& effectivity,
-                                                                         const QueltInMap*& dictionaries) const {
+long QueltEeExpressionContext::GetAllDictionariesForInheritedEffectivity(
+    const QueltEeBasicEff& effectivity, const QueltInMap*& dictionaries) const {
     const auto found = m_inherited.find(&effectivity);
     dictionaries = found != m_inherited.end() ? found->second.get() : m_pNone.get();
     return S_OK;
 }
 
-long QueltEeExpressionContext::GetSetOfMDsContainingFeature(const QueltEeDicoObject& feature, QueltInSet*& possible,
-                                                            QueltInSet*& rejected,
+long QueltEeExpressionContext::GetSetOfMDsContainingFeature(const QueltEeDicoObject& feature,
+                                                            QueltInSet*& possible, QueltInSet*& rejected,
                                                             const QueltEeBasicEff* inherited) const {
     if (possible == nullptr) {
         const QueltInMap* candidates = m_pDictionaries.get();

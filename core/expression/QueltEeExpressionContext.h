@@ -9,8 +9,9 @@
 #include <unordered_map>
 #include <vector>
 
-/// The dictionaries that an expression may refer to, and in which of them basic effectivities are inherited. Once it is
-/// filled, any number of threads may read it. Whatever it takes over must come from the heap, and it is filled outside of arenas.
+/// The dictionaries that an expression may refer to, and in which of them basic effectivities are inherited.
+/// Once it is filled, any number of threads may read it. Whatever it takes over must come from the heap, and
+/// it is filled outside of arenas.
 class QUELT_CORE_API QueltEeExpressionContext : public QueltInTyped<QueltEeExpressionContext, QueltInObject> {
 public:
     static constexpr const char* s_className = "QueltEeExpressionContext";
@@ -22,28 +23,30 @@ public:
     QueltEeExpressionContext(const QueltEeExpressionContext&) = delete;
     QueltEeExpressionContext& operator=(const QueltEeExpressionContext&) = delete;
 
-    /// Adds `dictionary`; with `takeOver` 1 the context deletes it with itself. E_POINTER for null, E_ALREADYTHERE when
-    /// the name is taken; what was refused stays the caller's.
+    /// Adds `dictionary`; with `takeOver` 1 the context deletes it with itself. E_POINTER for null,
+    /// E_ALREADYTHERE when the name is taken; what was refused stays the caller's.
     virtual long AddModelDico(QueltEeModelDico*& dictionary, unsigned char takeOver);
     /// The dictionary with this name; null and E_FAIL when there is none.
     virtual long GetModelDico(const QueltInString& name, QueltEeModelDico*& dictionary) const;
-    /// A map from dictionary name (QueltInString) to QueltEeModelDico, in the order added; it stays the context's.
-    /// S_OK always, with an empty map for an empty context.
+    /// A map from dictionary name (QueltInString) to QueltEeModelDico, in the order added; it stays the
+    /// context's. S_OK always, with an empty map for an empty context.
     virtual long GetAllDictionariesByName(const QueltInMap*& dictionaries) const;
-    /// The same for the dictionaries in which the inherited effectivity of `effectivity` applies; an empty map when
-    /// nothing was said of it. S_OK always.
+    /// The same for the dictionaries in which the inherited effectivity of `effectivity` applies; an empty
+    /// map when nothing was said of it. S_OK always.
     virtual long GetAllDictionariesForInheritedEffectivity(const QueltEeBasicEff& effectivity,
                                                            const QueltInMap*& dictionaries) const;
-    /// Moves every dictionary of `possible` that does not hold a variable with the GUID of `feature` to `rejected`. A
-    /// null set is made first, and is the caller's: `possible` with every candidate (all dictionaries of the context, or
-    /// those of `inherited` when it is not null), `rejected` empty. Returns 1 when no possible dictionary is left, else 0.
+    /// Moves every dictionary of `possible` that does not hold a variable with the GUID of `feature` to
+    /// `rejected`; the others keep their order. A null set is made first, and is the caller's: `possible`
+    /// with every candidate (all dictionaries of the context, or those of `inherited` when it is not null),
+    /// `rejected` empty. Returns 1 when no possible dictionary is left, else 0.
     virtual long GetSetOfMDsContainingFeature(const QueltEeDicoObject& feature, QueltInSet*& possible,
                                               QueltInSet*& rejected, const QueltEeBasicEff* inherited) const;
 
-    /// Says that the inherited effectivity of `effectivity` applies in `dictionary`. E_INVALIDARG when the dictionary is not in the
-    /// context; E_ALREADYTHERE when it was said before.
+    /// Says that the inherited effectivity of `effectivity` applies in `dictionary`. E_INVALIDARG when the
+    /// dictionary is not in the context; E_ALREADYTHERE when it was said before.
     long addInheritedDictionary(const QueltEeBasicEff& effectivity, QueltEeModelDico& dictionary);
-    /// Takes over an object that must live as long as the context: an effectivity, a variable that no dictionary holds.
+    /// Takes over an object that must live as long as the context: an effectivity, a variable that no
+    /// dictionary holds.
     void adopt(std::unique_ptr<QueltInObject> object);
 
     /// "context(Truck, Van)".

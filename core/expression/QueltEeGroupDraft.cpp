@@ -1,6 +1,20 @@
 #include "expression/QueltEeGroupDraft.h"
 
+#include <utility>
+
 namespace quelt {
+
+namespace {
+
+/// Brings both together in `numbers`, in any order.
+void merge(std::vector<std::uint32_t>& numbers, std::vector<std::uint32_t>& others) {
+    if (others.size() > numbers.size()) {
+        numbers.swap(others);
+    }
+    numbers.insert(numbers.end(), others.begin(), others.end());
+}
+
+} // namespace
 
 Rewritten Rewritten::constant(bool value, QueltEeNodeRef* reference) {
     Rewritten rewritten;
@@ -28,7 +42,15 @@ void GroupDraft::append(DraftChildren& children, std::uint32_t number) {
     (last != DraftChildren::s_none ? children[last].next : first) = number;
     last = number;
     ++count;
-    fixedCount += children[number].what.isFixed ? 1 : 0;
+    const Rewritten& child = children[number].what;
+    if (child.isFixed) {
+        ++fixedCount;
+    } else {
+        loose.push_back(number);
+    }
+    if (child.draft != nullptr || child.above.count() > 0) {
+        unsettled.push_back(number);
+    }
 }
 
 void GroupDraft::appendAll(DraftChildren& children, GroupDraft& other) {
@@ -38,7 +60,10 @@ void GroupDraft::appendAll(DraftChildren& children, GroupDraft& other) {
     }
     count += other.count;
     fixedCount += other.fixedCount;
+    merge(unsettled, other.unsettled);
+    merge(loose, other.loose);
     criteria.merge(std::move(other.criteria));
+    hasJoined = true;
 }
 
 } // namespace quelt

@@ -11,11 +11,44 @@ namespace quelt {
 
 struct GroupDraft;
 
+/// NOT and NOT-domain above something; they commute, and twice the same is nothing.
+struct Negations {
+    bool negated = false;
+    bool domainNegated = false;
+
+    friend bool operator==(const Negations&, const Negations&) = default;
+    /// Both together.
+    [[nodiscard]] Negations with(const Negations& other) const noexcept {
+        return {negated != other.negated, domainNegated != other.domainNegated};
+    }
+    /// True when a constant, and the kind of a group, change into the other one.
+    [[nodiscard]] bool turnRound() const noexcept { return negated != domainNegated; }
+    /// How many there are.
+    [[nodiscard]] int count() const noexcept { return (negated ? 1 : 0) + (domainNegated ? 1 : 0); }
+};
+
+/// Single operators, one above the other, down to something else.
+struct NegationChain {
+    /// The reference of the uppermost one; null when they are not needed any more.
+    QueltEeNodeRef* top = nullptr;
+    /// The reference of what is below the lowest one, and that lowest one.
+    QueltEeNodeRef* target = nullptr;
+    QueltEeSingleOp* last = nullptr;
+    /// What they come to, and how many there are.
+    Negations negations;
+    int length = 0;
+};
+
 /// What the rewriting of a subtree has come to: a constant, a reference, or a group that is not a node yet.
 struct Rewritten {
     static Rewritten constant(bool value, QueltEeNodeRef* reference);
     static Rewritten node(QueltEeNodeRef& reference, bool isFixed);
     static Rewritten group(std::unique_ptr<GroupDraft> draft);
+
+    /// What is to stand above the reference or the group, because nodes that must stay are in it; and operators that say
+    /// just that, if there are.
+    Negations above;
+    NegationChain chain;
 
     /// The group; null for the other two.
     std::unique_ptr<GroupDraft> draft;
@@ -56,7 +89,8 @@ struct GroupDraft {
     [[nodiscard]] bool strongValue() const noexcept { return !isAnd; }
     /// Links `number` behind the last child.
     void append(DraftChildren& children, std::uint32_t number);
-    /// Links the children of `other` behind the last one, and takes over what is known of them.
+    /// Links the children of `other` behind the last one, and takes over what is known of them, at the cost of the smaller
+    /// group.
     void appendAll(DraftChildren& children, GroupDraft& other);
     /// Calls `visit(number, child)` for each child that has not gone.
     template <class Visit>
@@ -76,6 +110,12 @@ struct GroupDraft {
     /// How many children have not gone, and how many of them hold nodes that must stay.
     std::size_t count = 0;
     std::size_t fixedCount = 0;
+    /// Children that are no references yet, and children that may go; each may have gone already. Only what has come since
+    /// a group was complete last is looked at when it is complete again.
+    std::vector<std::uint32_t> unsettled;
+    std::vector<std::uint32_t> loose;
+    /// Another group's children are among them.
+    bool hasJoined = false;
     /// The strong constant is among the children; a reference that holds it, or null. It stands in front of the others.
     bool isDecided = false;
     QueltEeNodeRef* constant = nullptr;

@@ -43,7 +43,8 @@ constexpr Combination s_or{false, &QueltEeNodeElementaryLeaf::opOr};
 
 /// The tree that `reference` holds, or the constant that it is equivalent to.
 OwnedTree shortest(OwnedTree tree) {
-    if (QueltEeNodeElementaryLeaf* const leaf = QueltEeNodeElementaryLeaf::cast(tree->getNode()); leaf != nullptr) {
+    if (QueltEeNodeElementaryLeaf* const leaf = QueltEeNodeElementaryLeaf::cast(tree->getNode());
+        leaf != nullptr) {
         leaf->convertToTrueFalse();
     }
     return tree;
@@ -54,7 +55,8 @@ OwnedTree copyOf(const QueltEeNodeElementaryLeaf& leaf) {
 }
 
 /// An operator over copies of both; null when one gives none.
-OwnedTree makeGroup(const QueltEeNodeElementaryLeaf& left, const QueltEeNodeElementaryLeaf& right, bool isAnd) {
+OwnedTree makeGroup(const QueltEeNodeElementaryLeaf& left, const QueltEeNodeElementaryLeaf& right,
+                    bool isAnd) {
     QueltEeGroupOp* const group = isAnd ? static_cast<QueltEeGroupOp*>(new QueltEeAndOp) : new QueltEeOrOp;
     OwnedTree tree(group->getNodeRef());
     for (const QueltEeNodeElementaryLeaf* const leaf : {&left, &right}) {

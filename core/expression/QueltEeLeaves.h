@@ -35,23 +35,26 @@ public:
 extern template class QueltInTyped<QueltEeFalse, QueltEeNodeLeaf>;
 
 /// A leaf that states a criterion.
-class QUELT_CORE_API QueltEeNodeElementaryLeaf : public QueltInTyped<QueltEeNodeElementaryLeaf, QueltEeNodeLeaf> {
+class QUELT_CORE_API QueltEeNodeElementaryLeaf
+    : public QueltInTyped<QueltEeNodeElementaryLeaf, QueltEeNodeLeaf> {
 public:
     static constexpr const char* s_className = "QueltEeNodeElementaryLeaf";
 
-    /// Build a new tree for "this and other", "this or other", "not this": one leaf or constant where one says it
-    /// exactly, else an operator over copies. The caller owns `result`. S_OK; E_FAIL, and null, when a leaf gives no copy.
+    /// Build a new tree for "this and other", "this or other", "not this": one leaf or constant where one
+    /// says it exactly, else an operator over copies. The caller owns `result`. S_OK; E_FAIL, and null, when
+    /// a leaf gives no copy.
     virtual long opAnd(const QueltEeNodeElementaryLeaf& other, QueltEeNodeRef*& result) const;
     virtual long opOr(const QueltEeNodeElementaryLeaf& other, QueltEeNodeRef*& result) const;
     virtual long opNot(QueltEeNodeRef*& result) const;
     /// Non-zero when the leaf is true (false) in every configuration.
     [[nodiscard]] virtual unsigned char isEquivalentToTrue() const;
     [[nodiscard]] virtual unsigned char isEquivalentToFalse() const;
-    /// When the leaf is equivalent to a constant, the reference that owns it holds that constant from then on and the
-    /// leaf is gone; non-zero when that happened. Nothing happens to a leaf that no reference owns yet.
+    /// When the leaf is equivalent to a constant, the reference that owns it holds that constant from then on
+    /// and the leaf is gone; non-zero when that happened. Nothing happens to a leaf that no reference owns
+    /// yet.
     virtual unsigned char convertToTrueFalse();
-    /// Combine in place two leaves on the same criterion, where the result is a leaf of the same class; E_INVALIDARG, and
-    /// nothing is changed, where it is not. Variable effectivities add their own failures.
+    /// Combine in place two leaves on the same criterion, where the result is a leaf of the same class;
+    /// E_INVALIDARG, and nothing is changed, where it is not. Variable effectivities add their own failures.
     virtual long opAnd(const QueltEeNodeElementaryLeaf& other);
     virtual long opOr(const QueltEeNodeElementaryLeaf& other);
     virtual long opNot();

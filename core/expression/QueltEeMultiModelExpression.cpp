@@ -39,7 +39,8 @@ bool showPart(const QueltEeNodeRef* part, QueltEeNodeVisitor& visitor, long& res
 
 } // namespace
 
-QueltEeMultiModelExpression::ModelCriteria::ModelCriteria(QueltEeNodeRef** inheritedSlot, QueltEeNodeRef** ownSlot)
+QueltEeMultiModelExpression::ModelCriteria::ModelCriteria(QueltEeNodeRef** inheritedSlot,
+                                                          QueltEeNodeRef** ownSlot)
     : m_pInherited(takeFrom(inheritedSlot)), m_pOwn(takeFrom(ownSlot)) {}
 
 QueltEeMultiModelExpression::ModelCriteria::~ModelCriteria() {
@@ -93,7 +94,8 @@ long QueltEeMultiModelExpression::setGlobalCriteria(QueltEeNodeRef* criterion) {
     return S_OK;
 }
 
-long QueltEeMultiModelExpression::setModelCriteria(const QueltEeModelDico& dictionary, ModelCriteria* criteria) {
+long QueltEeMultiModelExpression::setModelCriteria(const QueltEeModelDico& dictionary,
+                                                   ModelCriteria* criteria) {
     if (criteria == nullptr) {
         return E_POINTER;
     }
@@ -122,9 +124,9 @@ long QueltEeMultiModelExpression::getContextDictionaries(QueltInSet& dictionarie
 QueltEeMultiModelExpression::ModelCriteria*
 QueltEeMultiModelExpression::findModelCriteria(const QueltEeModelDico& dictionary) const {
     const QueltInGuid& guid = dictionary.getGuid();
-    const std::uint32_t position =
-        m_index.findIn(m_filed, [&] { return guid.BinHashFunc(); },
-                       [&](const Filed& filed) { return filed.dictionary->getGuid() == guid; });
+    const std::uint32_t position = m_index.findIn(
+        m_filed, [&] { return guid.BinHashFunc(); },
+        [&](const Filed& filed) { return filed.dictionary->getGuid() == guid; });
     return position != quelt::QueltInHashIndex::s_none ? m_filed[position].criteria : nullptr;
 }
 

@@ -8,8 +8,8 @@
 
 class QueltEeNodeRef;
 
-/// An expression over many models: a global criterion, which depends on no dictionary, and one criterion per dictionary,
-/// each in the order filed. Nothing filed is ever replaced.
+/// An expression over many models: a global criterion, which depends on no dictionary, and one criterion per
+/// dictionary, each in the order filed. Nothing filed is ever replaced.
 class QUELT_CORE_API QueltEeMultiModelExpression
     : public QueltInTyped<QueltEeMultiModelExpression, QueltEeExpression> {
 public:
@@ -20,8 +20,9 @@ public:
     public:
         static constexpr const char* s_className = "QueltEeMultiModelExpression::ModelCriteria";
 
-        /// Takes over the references in the two slots (see QueltEeNodeRef::takeFor) and clears the slots. A null slot, and a
-        /// null reference in one, is a part that is not there.
+        /// Takes over the references in the two slots (see QueltEeNodeRef::takeFor) and clears the slots. A
+        /// null slot, and a null reference or one without node in a slot, is a part that is not there; a
+        /// reference without node is deleted when it stands alone.
         ModelCriteria(QueltEeNodeRef** inheritedSlot, QueltEeNodeRef** ownSlot);
         /// Deletes both parts.
         ~ModelCriteria() override;
@@ -31,7 +32,7 @@ public:
         /// The parts, or null; they stay the criterion's.
         [[nodiscard]] QueltEeNodeRef* getInherited() const noexcept { return m_pInherited; }
         [[nodiscard]] QueltEeNodeRef* getOwn() const noexcept { return m_pOwn; }
-        /// "own ..., inherited ...".
+        /// "own ..., inherited ..."; "none" without either part.
         [[nodiscard]] QueltInString toString() const override;
 
     private:
@@ -51,23 +52,26 @@ public:
     QueltEeMultiModelExpression(const QueltEeMultiModelExpression&) = delete;
     QueltEeMultiModelExpression& operator=(const QueltEeMultiModelExpression&) = delete;
 
-    /// The global criterion, then per dictionary the inherited and the own part.
+    /// The global criterion, then per dictionary the inherited and the own part. E_POINTER for a part whose
+    /// node is gone.
     long runConstVisitor(QueltEeNodeVisitor& visitor) const override;
-    /// Rewrites each part into a shorter one that means the same (see quelt::simplifyTree); a part that is an alias stays
-    /// as it is. S_OK; 1 when anything changed.
+    /// Rewrites each part into a shorter one that means the same (see quelt::simplifyTree); a part that is an
+    /// alias stays as it is. S_OK; 1 when anything changed.
     virtual long simplify();
-    /// Files the global criterion; the expression takes the reference over (see QueltEeNodeRef::takeFor). E_POINTER for
-    /// null; E_ALREADYTHERE when there is one, which stays; what was refused stays the caller's.
+    /// Files the global criterion; the expression takes the reference over (see QueltEeNodeRef::takeFor).
+    /// E_POINTER for null and for a reference without node; E_ALREADYTHERE when there is one, which stays;
+    /// what was refused stays the caller's.
     virtual long setGlobalCriteria(QueltEeNodeRef* criterion);
-    /// Rewrites each part into disjunctive normal form: an OR of ANDs of leaves, or less where less will do. S_OK; 1 when
-    /// anything changed, and then every part is a new tree of its own, without aliases; failures as QueltDnf::make, and
-    /// nothing is changed then.
+    /// Rewrites each part into disjunctive normal form: an OR of ANDs of leaves, or less where less will do.
+    /// S_OK; 1 when anything changed, and then every part is a new tree of its own, without aliases; failures
+    /// as QueltDnf::make, and nothing is changed then.
     virtual long develop();
     /// Files the criterion of `dictionary` (by GUID), which the expression takes over. E_POINTER for null;
-    /// E_ALREADYTHERE when that dictionary has one, which stays; what was refused stays the caller's.
+    /// E_ALREADYTHERE when that dictionary has one, which stays, or when `criteria` is filed already; what
+    /// was refused stays as it was.
     virtual long setModelCriteria(const QueltEeModelDico& dictionary, ModelCriteria* criteria);
-    /// Adds the dictionaries under which criteria are filed to `dictionaries`, in the order filed. E_FAIL when the set
-    /// refuses one by its class.
+    /// Adds the dictionaries under which criteria are filed to `dictionaries`, in the order filed. E_FAIL
+    /// when the set refuses one by its class.
     virtual long getContextDictionaries(QueltInSet& dictionaries) const;
 
     /// The global criterion, or null; it stays the expression's.
@@ -108,7 +112,8 @@ protected:
 extern template class QueltInTyped<QueltEeChangeExpression, QueltEeMultiModelExpression>;
 
 /// An operation of an effectivity expression: a predefined effectivity, and what to do with it.
-class QUELT_CORE_API QueltEeExpressionOperation : public QueltInTyped<QueltEeExpressionOperation, QueltInObject> {
+class QUELT_CORE_API QueltEeExpressionOperation
+    : public QueltInTyped<QueltEeExpressionOperation, QueltInObject> {
 public:
     static constexpr const char* s_className = "QueltEeExpressionOperation";
 
@@ -120,7 +125,8 @@ public:
     };
 
     /// `object` is not owned; it may be null.
-    QueltEeExpressionOperation(OperationKind kind, QueltInObject* object) noexcept : m_kind(kind), m_pObject(object) {}
+    QueltEeExpressionOperation(OperationKind kind, QueltInObject* object) noexcept
+        : m_kind(kind), m_pObject(object) {}
 
     /// The kind, read and written directly.
     OperationKind m_kind;
@@ -145,8 +151,9 @@ public:
 
     /// As the base class, then each operation's effectivity as an effectivity leaf (the walk's own).
     long runConstVisitor(QueltEeNodeVisitor& visitor) const override;
-    /// Appends an operation of `kind` on `object`. The expression keeps the operation; the effectivity itself is shared
-    /// and stays its context's. E_POINTER for null; E_INVALIDARG when it is not a QueltEeEffectivity.
+    /// Appends an operation of `kind` on `object`. The expression keeps the operation; the effectivity itself
+    /// is shared and stays its context's. E_POINTER for null; E_INVALIDARG when it is not a
+    /// QueltEeEffectivity.
     virtual long addOperation(QueltEeExpressionOperation::OperationKind kind, QueltInObject*& object);
     /// The operations, in order; they stay the expression's.
     [[nodiscard]] std::span<QueltEeExpressionOperation* const> getOperations() const noexcept {

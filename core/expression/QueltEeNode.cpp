@@ -152,7 +152,8 @@ QueltInString QueltEeNode::toString() const {
 }
 
 void QueltEeNode::contentsChanged() noexcept {
-    // Owners of nodes that have forgotten and whose holders have still to be told. A node enters once, when it forgets.
+    // Owners of nodes that have forgotten and whose holders have still to be told. A node enters once, when
+    // it forgets.
     QueltEeNodeRef* untold = nullptr;
     const auto forget = [&untold](QueltEeNode* node) {
         if (node == nullptr || node->m_knownClassification.load(std::memory_order_relaxed) == 0) {
@@ -168,7 +169,8 @@ void QueltEeNode::contentsChanged() noexcept {
         QueltEeNodeRef* const owner = untold;
         untold = std::exchange(owner->m_pPrevious, nullptr);
         forget(owner->m_pHolder);
-        for (const QueltEeNodeRef* alias = owner->m_pNode->m_pAliases; alias != nullptr; alias = alias->m_pNext) {
+        for (const QueltEeNodeRef* alias = owner->m_pNode->m_pAliases; alias != nullptr;
+             alias = alias->m_pNext) {
             forget(alias->m_pHolder);
         }
     }

@@ -12,8 +12,8 @@ class QueltEeRestrictionEffLeaf;
 class QueltEeTrue;
 class QueltEeVarEffLeaf;
 
-/// Base of every visitor of expression trees. It carries no data. Each visit takes the node by reference and returns a
-/// result code. There is no default: a visitor says what it does with every class of node.
+/// Base of every visitor of expression trees. It carries no data. Each visit takes the node by reference and
+/// returns a result code. There is no default: a visitor says what it does with every class of node.
 class QUELT_CORE_API QueltEeNodeVisitor : public QueltInTyped<QueltEeNodeVisitor, QueltInObject> {
 public:
     static constexpr const char* s_className = "QueltEeNodeVisitor";

@@ -27,7 +27,8 @@ QueltEeNodeRef* makeConstant(bool value) {
     return node->getNodeRef();
 }
 
-/// Leaves that are always or never true become constants. An aliased leaf is another tree's and stays as it is.
+/// Leaves that are always or never true become constants. An aliased leaf is another tree's and stays as it
+/// is.
 void convertLeaves(const QueltInLinkList& children) {
     for (QueltInObject* const child : children.elements()) {
         const QueltEeNodeRef* const reference = asReference(child);
@@ -38,7 +39,8 @@ void convertLeaves(const QueltInLinkList& children) {
     }
 }
 
-/// True when the child is the constant `value`, or, when that counts, an aliased leaf that is equivalent to it.
+/// True when the child is the constant `value`, or, when that counts, an aliased leaf that is equivalent to
+/// it.
 bool isConstant(const QueltEeNodeRef& child, bool value, E_MakeTF makeTF) {
     const QueltEeNode* const node = child.getNode();
     if (node == nullptr) {
@@ -139,8 +141,8 @@ void QueltEeGroupOp::getChildrenRefs(QueltInLinkList& children) const {
 }
 
 long QueltEeGroupOp::childrenAcceptVisitor(QueltEeNodeVisitor& visitor) {
-    // By position, without a trace in the list, so that several threads may visit a tree that none changes. A visit
-    // that takes its child out brings the next one to that position.
+    // By position, without a trace in the list, so that several threads may visit a tree that none changes. A
+    // visit that takes its child out brings the next one to that position.
     long result = S_OK;
     for (unsigned int position = 0; result >= 0 && m_children.Get(position) != nullptr;) {
         const QueltInObject* const child = m_children.Get(position);

@@ -19,8 +19,8 @@ public:
     virtual void removeChildren() = 0;
     /// Appends the children's references to `children`, in order; they stay the node's.
     virtual void getChildrenRefs(QueltInLinkList& children) const = 0;
-    /// Makes each child accept `visitor`, in order; the first negative result ends the walk and is returned. A child
-    /// reference without node is E_POINTER.
+    /// Makes each child accept `visitor`, in order; the first negative result ends the walk and is returned.
+    /// A child reference without node is E_POINTER.
     virtual long childrenAcceptVisitor(QueltEeNodeVisitor& visitor) = 0;
 };
 extern template class QueltInTyped<QueltEeOperator, QueltEeNode>;
@@ -37,11 +37,12 @@ public:
     void getChildrenRefs(QueltInLinkList& children) const override;
     long childrenAcceptVisitor(QueltEeNodeVisitor& visitor) override;
 
-    // Simplifications in place. Each answers non-zero when it did something (has...: when it holds). Where a group
-    // "becomes" something, the reference that owned the group holds that from then on (as an alias, when the group's only
-    // child is one); the group is gone. Without such a reference (QueltEeNode::hasNodeRef) nothing is done, since
-    // nobody could find what the group has become. A leaf that is aliased counts as the constant that it is equivalent
-    // to, but stays a leaf in the tree that owns it.
+    // Simplifications in place. Each answers non-zero when it did something (has...: when it holds). Where a
+    // group "becomes" something, the reference that owned the group holds that from then on (as an alias,
+    // when the group's only child is one); the group is gone. Without such a reference
+    // (QueltEeNode::hasNodeRef) nothing is done, since nobody could find what the group has become. A leaf
+    // that is aliased counts as the constant that it is equivalent to, but stays a leaf in the tree that owns
+    // it.
 
     /// Becomes its only child.
     virtual unsigned char becomeIfSingleChild();
@@ -56,14 +57,14 @@ public:
     /// Deletes the children that are the weak constant, which decides nothing (TRUE in AND, FALSE in OR).
     virtual unsigned char removeWeakNodes(E_MakeTF makeTF);
 
-    /// Appends `node`. A node whose reference stands alone comes with that reference, and the group owns it; one that
-    /// has a parent stays that parent's, and the group gets an alias. S_OK; E_INVALIDARG when `node` is this group or
-    /// stands above it.
+    /// Appends `node`. A node whose reference stands alone comes with that reference, and the group owns it;
+    /// one that has a parent stays that parent's, and the group gets an alias. S_OK; E_INVALIDARG when `node`
+    /// is this group or stands above it.
     virtual long addChild(QueltEeNode& node);
-    /// The children's references, read and edited directly. A reference that stands alone is taken over when it is set
-    /// there, of one that is held an alias is made (see QueltEeNodeRef::takeFor), on addChild's terms; E_POINTER for one
-    /// without node, E_INVALIDARG for any other object. What is removed stands alone again and is the caller's, an alias
-    /// too.
+    /// The children's references, read and edited directly. A reference that stands alone is taken over when
+    /// it is set there, of one that is held an alias is made (see QueltEeNodeRef::takeFor), on addChild's
+    /// terms; E_POINTER for one without node, E_INVALIDARG for any other object. What is removed stands alone
+    /// again and is the caller's, an alias too.
     [[nodiscard]] virtual QueltInLinkList& getChildren();
     [[nodiscard]] const QueltInLinkList& getChildren() const;
 
@@ -130,9 +131,10 @@ public:
 
     /// The child's reference, or null.
     [[nodiscard]] virtual QueltEeNodeRef* getChildRef() const;
-    /// Makes the node of `child` the child, taking the reference over as QueltEeGroupOp::getChildren does; one set before is
-    /// deleted with what it owns (which `child` must not be part of), unless it is `child` itself. E_POINTER when the reference
-    /// holds no node; E_INVALIDARG when the node is this one or stands above it.
+    /// Makes the node of `child` the child, taking the reference over as QueltEeGroupOp::getChildren does;
+    /// one set before is deleted with what it owns (which `child` must not be part of), unless it is `child`
+    /// itself. E_POINTER when the reference holds no node; E_INVALIDARG when the node is this one or stands
+    /// above it.
     virtual long setChildRef(QueltEeNodeRef& child);
 
 private:
@@ -144,7 +146,8 @@ extern template class QueltInTyped<QueltEeSingleOp, QueltEeOperator>;
 class QUELT_CORE_API QueltEeNotOp : public QueltInTyped<QueltEeNotOp, QueltEeSingleOp> {
 public:
     static constexpr const char* s_className = "QueltEeNotOp";
-    /// Without child. `isGenerated` is kept for the caller and has no effect: non-zero marks a node that a rewriting made.
+    /// Without child. `isGenerated` is kept for the caller and has no effect: non-zero marks a node that a
+    /// rewriting made.
     explicit QueltEeNotOp(unsigned char isGenerated = 0) noexcept;
     long acceptVisitor(QueltEeNodeVisitor& visitor) override;
     [[nodiscard]] unsigned char isGenerated() const noexcept { return m_isGenerated; }
@@ -154,12 +157,14 @@ private:
 };
 extern template class QueltInTyped<QueltEeNotOp, QueltEeSingleOp>;
 
-/// Negation within the domain of values: what is said of configurations in which a variable has no value stays.
+/// Negation within the domain of values: what is said of configurations in which a variable has no value
+/// stays.
 ///
-/// NOT-domain of a tree means the tree with NOT-domain at its leaves, and AND and OR exchanged on the way there. At a
-/// variable effectivity it is QueltEeVarEff::opNotDom; it turns an effectivity leaf round, and TRUE into FALSE and back.
-/// NOT stays NOT: NOT-domain of NOT(x) is NOT of NOT-domain of x, and twice NOT-domain is nothing. So what a tree means
-/// below NOT-domain follows from how it is written: leaves on one variable may not be combined there as they may elsewhere.
+/// NOT-domain of a tree means the tree with NOT-domain at its leaves, and AND and OR exchanged on the way
+/// there. At a variable effectivity it is QueltEeVarEff::opNotDom; it turns an effectivity leaf round, and
+/// TRUE into FALSE and back. NOT stays NOT: NOT-domain of NOT(x) is NOT of NOT-domain of x, and twice
+/// NOT-domain is nothing. So what a tree means below NOT-domain follows from how it is written: leaves on one
+/// variable may not be combined there as they may elsewhere.
 class QUELT_CORE_API QueltEeNotDomainOp : public QueltInTyped<QueltEeNotDomainOp, QueltEeSingleOp> {
 public:
     static constexpr const char* s_className = "QueltEeNotDomainOp";

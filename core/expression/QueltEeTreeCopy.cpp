@@ -5,7 +5,7 @@
 #include "infrastructure/QueltInResult.h"
 
 #include <memory>
-#include <new>
+#include <vector>
 
 namespace quelt {
 
@@ -70,11 +70,7 @@ QueltEeNodeRef* cloneTree(const QueltEeNode& root) {
     if (!NodeChildren(root).isOperator()) {
         return nullptr;
     }
-    try {
-        return copyBelow(root).release();
-    } catch (const std::bad_alloc&) {
-        return nullptr;
-    }
+    return copyBelow(root).release();
 }
 
 } // namespace quelt

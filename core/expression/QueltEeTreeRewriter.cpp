@@ -14,14 +14,6 @@ namespace {
 constexpr JoiningBudget s_leastBudget = 10'000'000;
 constexpr JoiningBudget s_budgetPerNode = 64;
 
-/// NOT and NOT-domain on their way down to the leaves, an exclusive or each.
-struct Sense {
-    bool negated = false;
-    bool domainNegated = false;
-    [[nodiscard]] bool turnsRound() const noexcept { return negated != domainNegated; }
-    [[nodiscard]] int count() const noexcept { return (negated ? 1 : 0) + (domainNegated ? 1 : 0); }
-};
-
 QueltEeNodeRef* asReference(QueltInObject* child) {
     return static_cast<QueltEeNodeRef*>(child); // lists of children accept nothing else
 }
@@ -79,43 +71,35 @@ public:
     }
 
 private:
-    /// Operators from one downwards to `target`, none of which is a group.
-    struct Chain {
-        QueltEeNodeRef* top;
-        QueltEeNodeRef* target;
-        QueltEeSingleOp* last; // the one that holds the target
-        Sense sense;
-        int length;
-    };
     /// Something whose inside is being rewritten: a group, or what operators that must stay stand above.
     struct Level {
         std::unique_ptr<GroupDraft> draft; // null for such operators
         const QueltEeGroupOp* group = nullptr;
         std::uint32_t next = 0;
-        Sense sense;
+        Negations negations; // on their way down to the leaves
         bool isInDomain = false;
-        Chain chain{};
+        NegationChain chain;
     };
 
     // Walking
 
     /// Comes to a reference: either there is a result, or a level has been opened. NOT and NOT-domain are never
     /// handed down to nodes that must stay.
-    void descend(QueltEeNodeRef& reference, Sense sense, bool isInDomain) {
+    void descend(QueltEeNodeRef& reference, Negations negations, bool isInDomain) {
         QueltEeNode& node = *reference.getNode();
         if (m_fixed.isFixed(node)) {
             m_result = Rewritten::node(reference, true);
         } else if (QueltEeSingleOp::isObjectOfThisType(node) != 0) {
-            descendChain(chainFrom(reference), sense, isInDomain);
+            descendChain(chainFrom(reference), negations, isInDomain);
         } else if (const QueltEeGroupOp* const group = QueltEeGroupOp::cast(&node)) {
             Level level;
-            level.draft = std::make_unique<GroupDraft>(group->isAnd() != sense.turnsRound(), &reference);
+            level.draft = std::make_unique<GroupDraft>(group->isAnd() != negations.turnRound(), &reference);
             level.group = group;
-            level.sense = sense;
+            level.negations = negations;
             level.isInDomain = isInDomain;
             m_levels.push_back(std::move(level));
         } else {
-            m_result = rewriteLeaf(reference, sense, isInDomain);
+            m_result = rewriteLeaf(reference, negations, isInDomain);
         }
     }
 
@@ -124,7 +108,7 @@ private:
         if (level.draft == nullptr) {
             const Level closed = std::move(level);
             m_levels.pop_back();
-            m_result = rewriteFixed(closed.chain, takeResult());
+            m_result = negateFixed(closed.chain, takeResult());
             return;
         }
         if (m_result) {
@@ -132,7 +116,7 @@ private:
         }
         if (QueltEeNodeRef* const child = asReference(level.group->getChildren().Get(level.next))) {
             ++level.next;
-            descend(*child, level.sense, level.isInDomain);
+            descend(*child, level.negations, level.isInDomain);
             return;
         }
         Level closed = std::move(level);
@@ -147,14 +131,14 @@ private:
 
     // NOT and NOT-domain
 
-    [[nodiscard]] Chain chainFrom(QueltEeNodeRef& top) const {
-        Chain chain{&top, &top, nullptr, {}, 0};
+    [[nodiscard]] NegationChain chainFrom(QueltEeNodeRef& top) const {
+        NegationChain chain{&top, &top, nullptr, {}, 0};
         while (QueltEeSingleOp* const single = QueltEeSingleOp::cast(chain.target->getNode())) {
             if (m_fixed.isFixed(*single)) {
                 break;
             }
-            bool& flag = QueltEeNotDomainOp::isObjectOfThisType(*single) != 0 ? chain.sense.domainNegated : chain.sense.negated;
-            flag = !flag;
+            const bool isDomain = QueltEeNotDomainOp::isObjectOfThisType(*single) != 0;
+            chain.negations = chain.negations.with({!isDomain, isDomain});
             chain.last = single;
             chain.target = single->getChildRef();
             ++chain.length;
@@ -162,84 +146,93 @@ private:
         return chain;
     }
 
-    void descendChain(Chain chain, Sense sense, bool isInDomain) {
+    void descendChain(NegationChain chain, Negations negations, bool isInDomain) {
         const bool staysAbove = m_fixed.holdsFixed(*chain.target->getNode());
-        const bool isShortest = chain.length == chain.sense.count();
-        if (!staysAbove || !isShortest) {
-            chain.target = takeOut(chain);
+        if (!staysAbove || chain.length > chain.negations.count()) {
+            takeOut(chain);
         }
         if (!staysAbove) {
-            const Sense below{sense.negated != chain.sense.negated, sense.domainNegated != chain.sense.domainNegated};
-            descend(*chain.target, below, isInDomain);
+            descend(*chain.target, negations.with(chain.negations), isInDomain);
             return;
         }
-        if (chain.sense.count() > 0) {
+        if (chain.negations.count() > 0) {
             Level level;
             level.chain = chain;
             m_levels.push_back(std::move(level));
         }
-        descend(*chain.target, {}, isInDomain != chain.sense.domainNegated);
+        descend(*chain.target, {}, isInDomain != chain.negations.domainNegated);
     }
 
     /// Takes the target out of the chain, which is left over then.
-    QueltEeNodeRef* takeOut(Chain& chain) {
-        QueltEeNodeRef* const target =
-            chain.target->ownsNode() ? chain.target : QueltEeNodeRef::makeAlias(*chain.target->getNode());
+    void takeOut(NegationChain& chain) {
+        QueltEeNodeRef* const target = chain.target;
+        if (!target->ownsNode()) {
+            chain.target = QueltEeNodeRef::makeAlias(*target->getNode());
+        }
         chain.last->removeChildren();
-        leaveOver(*chain.top);
-        chain.top = nullptr;
-        m_changed = true;
-        return target;
+        leaveOver(*std::exchange(chain.top, nullptr));
     }
 
-    /// Puts operators above what nodes that must stay are in.
-    Rewritten rewriteFixed(Chain chain, Rewritten below) {
-        QueltEeNodeRef* reference = materialize(below);
+    /// Puts negations above what nodes that must stay are in.
+    Rewritten negateFixed(NegationChain chain, Rewritten below) {
+        const bool isAsBefore = chain.top != nullptr && below.above.count() == 0 && isStill(below, *chain.target);
+        below.above = below.above.with(chain.negations);
+        if (isAsBefore) {
+            below.chain = chain;
+            return below;
+        }
         if (chain.top != nullptr) {
-            if (reference == chain.target) {
-                return Rewritten::node(*chain.top, true);
-            }
             takeOut(chain);
         }
-        if (chain.sense.negated) {
-            reference = makeSingle(new QueltEeNotOp(1), *reference);
+        if (below.chain.top != nullptr) {
+            takeOutOfChain(below);
         }
-        if (chain.sense.domainNegated) {
-            reference = makeSingle(new QueltEeNotDomainOp, *reference);
+        return below;
+    }
+
+    void takeOutOfChain(Rewritten& rewritten) {
+        const bool isTarget = rewritten.reference == rewritten.chain.target;
+        takeOut(rewritten.chain);
+        if (isTarget) {
+            rewritten.reference = rewritten.chain.target;
         }
-        return Rewritten::node(*reference, true);
+    }
+
+    /// True when nothing has come of it but what `reference` holds.
+    static bool isStill(const Rewritten& rewritten, const QueltEeNodeRef& reference) {
+        return (rewritten.draft != nullptr ? rewritten.draft->origin : rewritten.reference) == &reference;
     }
 
     // Leaves
 
-    Rewritten rewriteLeaf(QueltEeNodeRef& reference, Sense sense, bool isInDomain) {
+    Rewritten rewriteLeaf(QueltEeNodeRef& reference, Negations negations, bool isInDomain) {
         QueltEeNode& node = *reference.getNode();
         if (const QueltEeVarEffLeaf* const leaf = QueltEeVarEffLeaf::cast(&node)) {
-            return rewriteVarEff(reference, *leaf->getVarEff(), sense, isInDomain);
+            return rewriteVarEff(reference, *leaf->getVarEff(), negations, isInDomain);
         }
         if (QueltEeEffLeaf* const leaf = QueltEeEffLeaf::cast(&node)) {
-            if (sense.turnsRound()) {
+            if (negations.turnRound()) {
                 leaf->opNot();
                 m_changed = true;
             }
             return Rewritten::node(reference, false);
         }
         const bool value = QueltEeTrue::isObjectOfThisType(node) != 0;
-        if (!sense.turnsRound()) {
+        if (!negations.turnRound()) {
             return Rewritten::constant(value, &reference);
         }
         leaveOver(reference);
         return Rewritten::constant(!value, nullptr);
     }
 
-    Rewritten rewriteVarEff(QueltEeNodeRef& reference, QueltEeVarEff& effectivity, Sense sense, bool isInDomain) {
-        if (sense.negated) {
+    Rewritten rewriteVarEff(QueltEeNodeRef& reference, QueltEeVarEff& effectivity, Negations negations, bool isInDomain) {
+        if (negations.negated) {
             effectivity.opNot();
         }
-        if (sense.domainNegated) {
+        if (negations.domainNegated) {
             effectivity.opNotDom();
         }
-        m_changed = m_changed || sense.count() > 0;
+        m_changed = m_changed || negations.count() > 0;
         const std::optional<bool> constant = constantOf(effectivity, isInDomain);
         if (!constant) {
             return Rewritten::node(reference, false);
@@ -253,7 +246,7 @@ private:
     void absorb(GroupDraft& draft, Rewritten child) {
         if (child.isConstant) {
             absorbConstant(draft, child.value, child.reference);
-        } else if (child.draft != nullptr && child.draft->isAnd == draft.isAnd) {
+        } else if (child.draft != nullptr && child.draft->isAnd == draft.isAnd && child.above.count() == 0) {
             absorbGroup(draft, *child.draft);
         } else {
             const std::uint32_t number = m_children.add(std::move(child));
@@ -309,10 +302,7 @@ private:
             empty(*draft);
             return takeOnly(*draft);
         }
-        draft->forEach(m_children, [this](std::uint32_t /*number*/, DraftChildren::Child& child) {
-            const bool isFixed = child.what.isFixed;
-            child.what = Rewritten::node(*materialize(child.what), isFixed);
-        });
+        settle(*draft);
         if (!isAsBefore(*draft)) {
             empty(*draft);
         }
@@ -382,11 +372,21 @@ private:
     [[nodiscard]] const QueltEeNode& nodeOf(std::uint32_t number) { return *m_children[number].what.reference->getNode(); }
 
     void dropAllButFixed(GroupDraft& draft) {
-        draft.forEach(m_children, [&](std::uint32_t number, const DraftChildren::Child& child) {
-            if (!child.what.isFixed) {
+        for (const std::uint32_t number : std::exchange(draft.loose, {})) {
+            if (!m_children[number].isGone) {
                 drop(draft, number);
             }
-        });
+        }
+    }
+
+    /// Makes all children references. A group that has come that far keeps at least two of them.
+    void settle(GroupDraft& draft) {
+        for (const std::uint32_t number : std::exchange(draft.unsettled, {})) {
+            DraftChildren::Child& child = m_children[number];
+            if (!child.isGone) {
+                child.what = Rewritten::node(*materialize(child.what), child.what.isFixed);
+            }
+        }
     }
 
     /// Takes a child without nodes that must stay out of the group.
@@ -409,7 +409,7 @@ private:
     /// True when the group that the draft was made from says the same.
     [[nodiscard]] bool isAsBefore(const GroupDraft& draft) {
         const auto* const group = draft.origin != nullptr ? QueltEeGroupOp::cast(draft.origin->getNode()) : nullptr;
-        if (group == nullptr || group->isAnd() != draft.isAnd) {
+        if (group == nullptr || group->isAnd() != draft.isAnd || draft.hasJoined) {
             return false;
         }
         unsigned int position = 0;
@@ -432,17 +432,34 @@ private:
     }
 
     /// The reference that holds what the rewriting has come to; a draft becomes a node.
-    QueltEeNodeRef* materialize(const Rewritten& rewritten) {
+    QueltEeNodeRef* materialize(Rewritten& rewritten) {
+        if (rewritten.chain.top != nullptr && isStill(rewritten, *rewritten.chain.target)) {
+            return rewritten.chain.top;
+        }
+        if (rewritten.chain.top != nullptr) {
+            takeOutOfChain(rewritten);
+        }
+        QueltEeNodeRef* reference = withoutNegations(rewritten);
+        if (rewritten.above.negated) {
+            reference = makeSingle(new QueltEeNotOp(1), *reference);
+        }
+        if (rewritten.above.domainNegated) {
+            reference = makeSingle(new QueltEeNotDomainOp, *reference);
+        }
+        return reference;
+    }
+
+    QueltEeNodeRef* withoutNegations(const Rewritten& rewritten) {
         if (rewritten.isConstant) {
             return rewritten.reference != nullptr ? rewritten.reference : makeConstant(rewritten.value);
         }
         if (rewritten.draft == nullptr) {
             return rewritten.reference;
         }
-        const GroupDraft& draft = *rewritten.draft;
-        if (draft.origin != nullptr) {
-            return draft.origin;
-        }
+        return rewritten.draft->origin != nullptr ? rewritten.draft->origin : makeGroup(*rewritten.draft);
+    }
+
+    QueltEeNodeRef* makeGroup(const GroupDraft& draft) {
         QueltEeGroupOp* const group = draft.isAnd ? static_cast<QueltEeGroupOp*>(new QueltEeAndOp) : new QueltEeOrOp;
         QueltInLinkList& children = group->getChildren();
         if (draft.isDecided) {
@@ -454,7 +471,7 @@ private:
         return group->getNodeRef();
     }
 
-    void putInPlace(const Rewritten& rewritten) {
+    void putInPlace(Rewritten rewritten) {
         QueltEeNodeRef* const reference = materialize(rewritten);
         if (reference != &m_root) {
             m_changed = true;

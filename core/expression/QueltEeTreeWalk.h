@@ -10,8 +10,8 @@ class QueltEeSingleOp;
 
 namespace quelt {
 
-/// The children of a node by position, whatever its class: a group's, a single operator's only one, none of a leaf's.
-/// It looks at the node anew each time, so the children may change meanwhile.
+/// The children of a node by position, whatever its class: a group's, a single operator's only one, none of a
+/// leaf's. It looks at the node anew each time, so the children may change meanwhile.
 class NodeChildren {
 public:
     explicit NodeChildren(const QueltEeNode& node);
@@ -28,8 +28,9 @@ private:
     const QueltEeSingleOp* m_pSingle;
 };
 
-/// Walks a tree that nobody changes meanwhile, depth first, children in order, with bounded stack: it stops at each node
-/// when it comes down to it (`enter`), and once more at each operator when all below have been seen (`leave`).
+/// Walks a tree that nobody changes meanwhile, depth first, children in order, with bounded stack: it stops
+/// at each node when it comes down to it (`enter`), and once more at each operator when all below have been
+/// seen (`leave`).
 ///
 ///     for (TreeWalk walk(root); walk.next();) {
 ///         if (walk.stop() == TreeWalk::Stop::enter) ...

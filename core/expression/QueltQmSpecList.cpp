@@ -57,7 +57,8 @@ const QueltInSet& QueltQmSpecList::getNamedEffectivities() const {
 QueltQmSpecList* QueltQmSpecList::clone() const {
     auto copy = std::make_unique<QueltQmSpecList>();
     for (QueltInMap::const_iterator criteria = m_varEffs.cBegin(); criteria.IsEnd() == 0;) {
-        QueltEeVarEff* criterion = static_cast<QueltEeVarEff*>(criteria.GetValGoToNext())->createVarEffClone();
+        QueltEeVarEff* criterion =
+            static_cast<QueltEeVarEff*>(criteria.GetValGoToNext())->createVarEffClone();
         if (criterion == nullptr) {
             return nullptr;
         }

@@ -5,7 +5,8 @@
 #include "infrastructure/QueltInMap.h"
 #include "infrastructure/QueltInSet.h"
 
-/// A specification list: variable effectivities in order (the same variable may come twice), and named effectivities.
+/// A specification list: variable effectivities in order (the same variable may come twice), and named
+/// effectivities.
 class QUELT_CORE_API QueltQmSpecList : public QueltInTyped<QueltQmSpecList, QueltInObject> {
 public:
     static constexpr const char* s_className = "QueltQmSpecList";
@@ -19,11 +20,11 @@ public:
 
     /// Appends `effectivity`, which the list takes over. E_POINTER for null.
     virtual long addVarEff(QueltEeVarEff*& effectivity);
-    /// The variable effectivities by their position (QueltInIntHolder 0, 1, 2, ...), in order. They are the list's, and may
-    /// be changed in place.
+    /// The variable effectivities by their position (QueltInIntHolder 0, 1, 2, ...), in order. They are the
+    /// list's, and may be changed in place.
     [[nodiscard]] virtual const QueltInMap& getVarEffs() const;
-    /// Puts `effectivity`, which the list takes over, in the place of the one at `position`, which is deleted (unless it
-    /// is the same). E_INVALIDARG past the end.
+    /// Puts `effectivity`, which the list takes over, in the place of the one at `position`, which is deleted
+    /// (unless it is the same). E_INVALIDARG past the end.
     long replaceVarEff(unsigned int position, QueltEeVarEff& effectivity);
     /// The named effectivities (QueltEeEffectivity, not owned), read and filled directly.
     [[nodiscard]] virtual QueltInSet& getNamedEffectivities();

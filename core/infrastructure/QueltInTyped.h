@@ -2,8 +2,8 @@
 
 #include "infrastructure/QueltInObject.h"
 
-/// The type registry's part of a class, written once. A class says its base and its name, its header that it is
-/// registered elsewhere:
+/// The type registry's part of a class, written once. A class says its base and its name, its header that it
+/// is registered elsewhere:
 ///
 ///     class QueltEeTrue : public QueltInTyped<QueltEeTrue, QueltEeNodeLeaf> {
 ///     public:
@@ -15,8 +15,9 @@
 ///
 ///     template class QueltInTyped<QueltEeTrue, QueltEeNodeLeaf>;
 ///
-/// That last line makes the type class when the library is loaded and releases it when it is unloaded. Without the one in
-/// the header, every source file that registers a class of its own would make a second type class for this one.
+/// That last line makes the type class when the library is loaded and releases it when it is unloaded.
+/// Without the one in the header, every source file that registers a class of its own would make a second
+/// type class for this one.
 template <class Self, class Base>
 class QUELT_CORE_API QueltInTyped : public Base {
 public:

@@ -19,7 +19,7 @@ using BodyFields = Fields<Key::tree, Key::list, Key::named, Key::mode, Key::mult
 QueltInGuid readGuid(const Value& value) {
     QueltInGuid guid;
     if (QueltInGuid::parse(value.text(), guid) < 0) {
-        value.refuse(quoted(value.text()) + " is no GUID");
+        value.refuse(inQuotes(value.text()) + " is no GUID");
     }
     return guid;
 }
@@ -36,7 +36,7 @@ std::unique_ptr<QueltEeVariable> readNamedValueVariable(const VariableFields& fi
     fields.need<Key::values>().eachItem([&](const Value& item) {
         const std::string_view value = item.text();
         if (variable->addValue(value) + 1 != variable->getValueCount()) {
-            item.refuse("value " + quoted(value) + " given twice");
+            item.refuse("value " + inQuotes(value) + " given twice");
         }
     });
     return variable;
@@ -112,11 +112,11 @@ std::unique_ptr<QueltEeVariable> readVariable(const Value& value) {
         allowKeys(fields, VariableFields::s_mask<Key::number, Key::elements>, "a tree series");
         return readTreeSeriesVariable(fields, name, guid);
     }
-    kind.refuse("unknown kind " + quoted(kindName) + " (option, selection, serial and treeSeries are known)");
+    kind.refuse("unknown kind " + inQuotes(kindName) + " (option, selection, serial and treeSeries are known)");
 }
 
 [[noreturn]] void refuseRepeatedName(const Value& object, std::string_view what, std::string_view name) {
-    object.place().child(nameOf(Key::name)).refuse(std::string(what) + " " + quoted(name) + " given twice");
+    object.place().child(nameOf(Key::name)).refuse(std::string(what) + " " + inQuotes(name) + " given twice");
 }
 
 void readDictionary(const Value& value, LoadedContext& context) {
@@ -152,7 +152,7 @@ void readEffectivity(const Value& value, LoadedContext& context) {
     } else if (kind.text() == "basic") {
         effectivity = std::make_unique<QueltEeBasicEff>(QueltInString(name), guid);
     } else {
-        kind.refuse("unknown kind " + quoted(kind.text()) + " (predefined and basic are known)");
+        kind.refuse("unknown kind " + inQuotes(kind.text()) + " (predefined and basic are known)");
     }
     if (!context.addEffectivity(std::move(effectivity))) {
         refuseRepeatedName(value, "effectivity", name);
@@ -163,7 +163,7 @@ void readInheritance(const Value& inheritedIn, const QueltEeBasicEff& effectivit
                      LoadedContext& context) {
     inheritedIn.eachItem([&](const Value& name) {
         if (!context.addInheritance(effectivity, reader.findDictionary(name))) {
-            name.refuse("dictionary " + quoted(name.text()) + " given twice");
+            name.refuse("dictionary " + inQuotes(name.text()) + " given twice");
         }
     });
 }
@@ -215,7 +215,7 @@ std::unique_ptr<LoadedContext> readContext(PaddedText text) {
     const Fields<Key::format, Key::dictionaries, Key::variables, Key::effectivities> fields(root);
     const Value format = fields.need<Key::format>();
     if (format.text() != "quelt-context/1") {
-        format.refuse("unknown format " + quoted(format.text()) + ", expected 'quelt-context/1'");
+        format.refuse("unknown format " + inQuotes(format.text()) + ", expected 'quelt-context/1'");
     }
     auto context = std::make_unique<LoadedContext>();
     if (const std::optional<Value> dictionaries = fields.find<Key::dictionaries>()) {

@@ -23,11 +23,11 @@ std::string describeKind(const QueltEeVariable& variable) {
 
 std::string describeHolder(const QueltEeVariable& variable) {
     const QueltEeModelDico* const holder = variable.getHolderDico();
-    return holder != nullptr ? "in " + quoted(holder->getName().view()) : "at the top";
+    return holder != nullptr ? "in " + inQuotes(holder->getName().view()) : "at the top";
 }
 
 [[noreturn]] void refuseAmbiguous(const Value& name, const LoadedContext::Bearers& bearers) {
-    name.refuse("ambiguous: " + quoted(name.text()) + " " + describeHolder(*bearers.first) + " and " +
+    name.refuse("ambiguous: " + inQuotes(name.text()) + " " + describeHolder(*bearers.first) + " and " +
                 describeHolder(*bearers.other) + " are different features, 'of' must say which is meant");
 }
 
@@ -81,7 +81,7 @@ std::int64_t readDateBound(const Value& bound, std::int64_t openEnd) {
     const std::string_view text = bound.text();
     const std::optional<std::int64_t> seconds = QueltEeDate::parse(text);
     if (!seconds) {
-        bound.refuse(quoted(text) + " is no date (YYYY-MM-DD or YYYY-MM-DDThh:mm:ssZ)");
+        bound.refuse(inQuotes(text) + " is no date (YYYY-MM-DD or YYYY-MM-DDThh:mm:ssZ)");
     }
     return *seconds;
 }
@@ -93,7 +93,7 @@ const QueltEeTreeSeriesElement* findElement(const QueltEeTreeSeriesVar& variable
     QueltEeTreeSeriesElement* element = nullptr;
     const unsigned int sequenceNumber = number.uint32();
     if (variable.getElement(sequenceNumber, element) < 0 || element == nullptr) {
-        number.refuse("tree series " + quoted(variable.getName().view()) + " has no element " +
+        number.refuse("tree series " + inQuotes(variable.getName().view()) + " has no element " +
                       std::to_string(sequenceNumber));
     }
     return element;
@@ -174,8 +174,8 @@ const Variable* CriterionReader::findVariable(Key form, const NodeFields& fields
     const QueltEeVariable& found = lookUp(name, fields);
     const Variable* const variable = Variable::cast(&found);
     if (variable == nullptr) {
-        name.refuse(quoted(name.text()) + " is " + describeKind(found) + ", not of the kind " +
-                    quoted(nameOf(form)));
+        name.refuse(inQuotes(name.text()) + " is " + describeKind(found) + ", not of the kind " +
+                    inQuotes(nameOf(form)));
     }
     return variable;
 }
@@ -186,7 +186,7 @@ const QueltEeVariable& CriterionReader::lookUp(const Value& name, const NodeFiel
     if (!of) {
         const LoadedContext::Bearers* const bearers = m_context.findBearers(text);
         if (bearers == nullptr) {
-            name.refuse("no variable " + quoted(text));
+            name.refuse("no variable " + inQuotes(text));
         }
         if (bearers->other != nullptr) {
             refuseAmbiguous(name, *bearers);
@@ -196,17 +196,17 @@ const QueltEeVariable& CriterionReader::lookUp(const Value& name, const NodeFiel
     if (of->isNull()) {
         const QueltEeVariable* const variable = m_context.findTopVariable(text);
         if (variable == nullptr) {
-            name.refuse("no variable " + quoted(text) + " at the top");
+            name.refuse("no variable " + inQuotes(text) + " at the top");
         }
         return *variable;
     }
     const QueltEeModelDico* const dictionary = m_context.findDictionary(of->text());
     if (dictionary == nullptr) {
-        of->refuse("no dictionary " + quoted(of->text()));
+        of->refuse("no dictionary " + inQuotes(of->text()));
     }
     const QueltEeVariable* const variable = dictionary->getVariable(text);
     if (variable == nullptr) {
-        name.refuse("no variable " + quoted(text) + " in dictionary " + quoted(of->text()));
+        name.refuse("no variable " + inQuotes(text) + " in dictionary " + inQuotes(of->text()));
     }
     return *variable;
 }
@@ -222,7 +222,7 @@ std::unique_ptr<QueltEeVarEff> CriterionReader::readNamedValues(Key form, const 
         }
         const std::optional<std::uint32_t> number = variable->findValue(value);
         if (!number || effectivity->addValue(*number) < 0) {
-            item.refuse(quoted(variable->getName().view()) + " has no value " + quoted(value));
+            item.refuse(inQuotes(variable->getName().view()) + " has no value " + inQuotes(value));
         }
     });
     return effectivity;

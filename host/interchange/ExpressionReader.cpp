@@ -153,7 +153,7 @@ std::unique_ptr<QueltEeVarEff> ExpressionReader::readListedCriterion(const Value
     const NodeFields fields(value);
     const Key form = formOf(fields);
     if (!isCriterion(form)) {
-        value.refuse("expected a criterion, found " + quoted(nameOf(form)));
+        value.refuse("expected a criterion, found " + inQuotes(nameOf(form)));
     }
     return m_criterionReader.read(form, fields);
 }
@@ -161,7 +161,7 @@ std::unique_ptr<QueltEeVarEff> ExpressionReader::readListedCriterion(const Value
 void ExpressionReader::readNamed(const Value& named, QueltQmSpecList& list) const {
     named.eachItem([&](const Value& name) {
         if (list.getNamedEffectivities().Put(findEffectivity(name)) == 0) {
-            name.refuse("effectivity " + quoted(name.text()) + " given twice");
+            name.refuse("effectivity " + inQuotes(name.text()) + " given twice");
         }
     });
 }
@@ -180,7 +180,7 @@ std::unique_ptr<QueltEeExpression> ExpressionReader::readMultiModel(const Value&
         return change;
     }
     if (kind.text() != "effectivity") {
-        kind.refuse("unknown kind " + quoted(kind.text()) + " (effectivity, change and filter are known)");
+        kind.refuse("unknown kind " + inQuotes(kind.text()) + " (effectivity, change and filter are known)");
     }
     fields.allowOnly(common | MultiModelFields::s_mask<Key::operations>, [] { return "an effectivity"; });
     auto effectivity = std::make_unique<QueltEeEffectivityExpression>();
@@ -229,7 +229,7 @@ void ExpressionReader::readModelCriteria(const Value& value, QueltEeMultiModelEx
     QueltEeNodeRef* ownSlot = own.release();
     auto criteria = std::make_unique<ModelCriteria>(&inheritedSlot, &ownSlot);
     if (expression.setModelCriteria(dictionary, criteria.get()) < 0) {
-        name.refuse("dictionary " + quoted(name.text()) + " given twice");
+        name.refuse("dictionary " + inQuotes(name.text()) + " given twice");
     }
     (void)criteria.release();
 }
@@ -244,7 +244,7 @@ void ExpressionReader::readOperation(const Value& value, QueltEeEffectivityExpre
 QueltEeEffectivity& ExpressionReader::findEffectivity(const Value& name) const {
     QueltEeEffectivity* const effectivity = m_context.findEffectivity(name.text());
     if (effectivity == nullptr) {
-        name.refuse("no effectivity " + quoted(name.text()));
+        name.refuse("no effectivity " + inQuotes(name.text()));
     }
     return *effectivity;
 }
@@ -252,7 +252,7 @@ QueltEeEffectivity& ExpressionReader::findEffectivity(const Value& name) const {
 QueltEeModelDico& ExpressionReader::findDictionary(const Value& name) const {
     QueltEeModelDico* const dictionary = m_context.findDictionary(name.text());
     if (dictionary == nullptr) {
-        name.refuse("no dictionary " + quoted(name.text()));
+        name.refuse("no dictionary " + inQuotes(name.text()));
     }
     return *dictionary;
 }

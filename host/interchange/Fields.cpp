@@ -3,15 +3,15 @@
 namespace quelt::host {
 
 void refuseUnknownKey(const Place& object, std::string_view key) {
-    object.child(key).refuse("unknown key " + quoted(key));
+    object.child(key).refuse("unknown key " + inQuotes(key));
 }
 
 void refuseRepeatedKey(const Place& object, std::string_view key) {
-    object.child(key).refuse("key " + quoted(key) + " given twice");
+    object.child(key).refuse("key " + inQuotes(key) + " given twice");
 }
 
 void refuseMissingKey(const Place& object, Key key) {
-    object.refuse("missing key " + quoted(nameOf(key)));
+    object.refuse("missing key " + inQuotes(nameOf(key)));
 }
 
 } // namespace quelt::host

@@ -94,7 +94,7 @@ public:
         }
         for (const auto [key, element] : m_object.object()) {
             if ((allowed & (Mask{1} << s_slots[keys::find(key)])) == 0) {
-                place().child(key).refuse("key " + quoted(key) + " does not belong to " + std::string(owner()));
+                place().child(key).refuse("key " + inQuotes(key) + " does not belong to " + std::string(owner()));
             }
         }
     }

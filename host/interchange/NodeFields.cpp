@@ -36,7 +36,7 @@ Key formOf(const NodeFields& fields) {
     }
     const Key form = NodeFields::firstOf(forms);
     const Mask bitOfForm = forms & (~forms + 1);
-    fields.allowOnly(bitOfForm | goesWith(form), [form] { return quoted(nameOf(form)); });
+    fields.allowOnly(bitOfForm | goesWith(form), [form] { return inQuotes(nameOf(form)); });
     return form;
 }
 

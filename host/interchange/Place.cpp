@@ -50,7 +50,7 @@ void appendPointerToken(std::string& pointer, std::string_view token) {
     }
 }
 
-std::string quoted(std::string_view name) {
+std::string inQuotes(std::string_view name) {
     std::string text = "'";
     if (name.size() <= s_longestName) {
         text += name;

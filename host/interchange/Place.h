@@ -43,6 +43,6 @@ private:
 void appendPointerToken(std::string& pointer, std::string_view token);
 
 /// `name` in single quotes, for messages; a long one is cut.
-[[nodiscard]] std::string quoted(std::string_view name);
+[[nodiscard]] std::string inQuotes(std::string_view name);
 
 } // namespace quelt::host

@@ -33,7 +33,7 @@ std::unique_ptr<QueltEeGenericExpression> readExpression(const RecordFields& fie
 QueltEeBasicEff& readBasicEffectivity(const Value& name, const ExpressionReader& reader) {
     QueltEeBasicEff* const basic = QueltEeBasicEff::cast(&reader.findEffectivity(name));
     if (basic == nullptr) {
-        name.refuse(quoted(name.text()) + " is not a basic effectivity");
+        name.refuse(inQuotes(name.text()) + " is not a basic effectivity");
     }
     return *basic;
 }

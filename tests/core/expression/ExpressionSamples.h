@@ -180,7 +180,9 @@ public:
     long visitNotOp(QueltEeNotOp& node) override { return record("NOT", node); }
     long visitEffLeaf(QueltEeEffLeaf& leaf) override { return record("eff", leaf); }
     long visitVarEffLeaf(QueltEeVarEffLeaf& leaf) override { return record("variable", leaf); }
-    long visitRestrictionEffLeaf(QueltEeRestrictionEffLeaf& leaf) override { return record("restriction", leaf); }
+    long visitRestrictionEffLeaf(QueltEeRestrictionEffLeaf& leaf) override {
+        return record("restriction", leaf);
+    }
 
     /// The kind of visit and the node's text, a line each.
     std::vector<std::string> m_visits;

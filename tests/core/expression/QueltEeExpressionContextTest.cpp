@@ -23,7 +23,8 @@ protected:
     }
     [[nodiscard]] static std::string namesIn(const QueltInMap& dictionaries) {
         std::string names;
-        for (QueltInMap::const_iterator iterator = dictionaries.cBegin(); iterator.IsEnd() == 0; iterator.Next()) {
+        for (QueltInMap::const_iterator iterator = dictionaries.cBegin(); iterator.IsEnd() == 0;
+             iterator.Next()) {
             const QueltInObject* const dictionary = dictionaries.Get(*iterator.GetKey());
             EXPECT_EQ(textOf(*iterator.GetKey()), textOf(*dictionary));
             names += textOf(*dictionary) + " ";
@@ -44,7 +45,8 @@ protected:
         return namesIn(*dictionaries);
     }
     /// "result: possible / rejected" for sets that the context makes.
-    [[nodiscard]] std::string sortOut(const QueltEeDicoObject& feature, const QueltEeBasicEff* inherited) const {
+    [[nodiscard]] std::string sortOut(const QueltEeDicoObject& feature,
+                                      const QueltEeBasicEff* inherited) const {
         QueltInSet* possible = nullptr;
         QueltInSet* rejected = nullptr;
         const long result = m_context.GetSetOfMDsContainingFeature(feature, possible, rejected, inherited);
@@ -100,11 +102,13 @@ TEST(QueltEeExpressionContext, DeletesWhatWasHandedOver) {
     Counted<QueltEeModelDico> kept(dictionaries, QueltInString("Van"), guidOf(2));
     {
         QueltEeExpressionContext context;
-        QueltEeModelDico* truck = new Counted<QueltEeModelDico>(dictionaries, QueltInString("Truck"), guidOf(1));
+        QueltEeModelDico* truck =
+            new Counted<QueltEeModelDico>(dictionaries, QueltInString("Truck"), guidOf(1));
         QueltEeModelDico* van = &kept;
         EXPECT_EQ(context.AddModelDico(truck, 1), S_OK);
         EXPECT_EQ(context.AddModelDico(van, 0), S_OK);
-        context.adopt(std::make_unique<Counted<QueltEePredefEff>>(effectivities, QueltInString("ECO-1"), guidOf(3)));
+        context.adopt(
+            std::make_unique<Counted<QueltEePredefEff>>(effectivities, QueltInString("ECO-1"), guidOf(3)));
         EXPECT_EQ(dictionaries, 2);
         EXPECT_EQ(effectivities, 1);
     }

@@ -102,7 +102,8 @@ TEST_F(QueltEeFilterExpressionTest, ShowsEachCriterionThenTheNamedOnes) {
     Recorder recorder;
     recorder.m_results = {S_OK, S_OK, 1};
     EXPECT_EQ(m_filter.runConstVisitor(recorder), 1);
-    const std::vector<std::string> visits{"variable Engine in {V6}", "variable Unit in [10, 20)", "eff eff(ECO-1, Truck)"};
+    const std::vector<std::string> visits{"variable Engine in {V6}", "variable Unit in [10, 20)",
+                                          "eff eff(ECO-1, Truck)"};
     EXPECT_EQ(recorder.m_visits, visits);
     Recorder other;
     EXPECT_EQ(m_filter.runVisitor(other), S_OK);

@@ -28,14 +28,17 @@ protected:
         QueltEeVarEffLeaf::cast(leaf->getNode())->getVarEff()->switchNoVar();
         return leaf;
     }
-    [[nodiscard]] static OwnedReference restriction() { return held(new QueltEeRestrictionEffLeaf("left hand drive")); }
+    [[nodiscard]] static OwnedReference restriction() {
+        return held(new QueltEeRestrictionEffLeaf("left hand drive"));
+    }
     [[nodiscard]] static QueltEeNodeElementaryLeaf& leafIn(const OwnedReference& reference) {
         return *QueltEeNodeElementaryLeaf::cast(reference->getNode());
     }
     /// The text of the new tree that an operation of the leaf builds.
-    [[nodiscard]] static std::string built(const OwnedReference& leaf, const OwnedReference& other,
-                                           long (QueltEeNodeElementaryLeaf::*operation)(
-                                               const QueltEeNodeElementaryLeaf&, QueltEeNodeRef*&) const) {
+    [[nodiscard]] static std::string
+    built(const OwnedReference& leaf, const OwnedReference& other,
+          long (QueltEeNodeElementaryLeaf::*operation)(const QueltEeNodeElementaryLeaf&, QueltEeNodeRef*&)
+              const) {
         const std::string before = textOf(*leaf);
         QueltEeNodeRef* result = nullptr;
         EXPECT_EQ((leafIn(leaf).*operation)(leafIn(other), result), S_OK);
@@ -118,10 +121,8 @@ TEST_F(QueltEeLeavesTest, LeavesOnEverythingOrNothingAreConstants) {
     EXPECT_EQ(leafIn(engine({})).isEquivalentToFalse(), 1);
     EXPECT_EQ(leafIn(engine({})).isEquivalentToTrue(), 0);
     EXPECT_EQ(leafIn(engine({"V6", "V8", "V12"})).isEquivalentToTrue(), 0); // not without a value
-    for (const OwnedReference* const other :
-         std::initializer_list<const OwnedReference*>{&static_cast<const OwnedReference&>(leafOf(nullptr))}) {
-        EXPECT_EQ(leafIn(*other).isEquivalentToTrue() + leafIn(*other).isEquivalentToFalse(), 0);
-    }
+    EXPECT_EQ(leafIn(leafOf(nullptr)).isEquivalentToTrue(), 0);
+    EXPECT_EQ(leafIn(leafOf(nullptr)).isEquivalentToFalse(), 0);
     EXPECT_EQ(leafIn(eff(m_catalogue.change)).isEquivalentToTrue(), 0);
     EXPECT_EQ(leafIn(eff(m_catalogue.change)).isEquivalentToFalse(), 0);
     EXPECT_EQ(leafIn(restriction()).isEquivalentToTrue(), 0);
@@ -180,12 +181,15 @@ TEST_F(QueltEeLeavesTest, WhatIsNoLeafOfTheSameClassIsRefusedAndChangesNothing) 
     pairs.push_back({eff(m_catalogue.change), engine({"V6"})});
     pairs.push_back({eff(m_catalogue.change), eff(m_catalogue.basic)});
     pairs.push_back({eff(m_catalogue.change), negated(eff(m_catalogue.change))});
-    pairs.push_back({eff(m_catalogue.change), held(new QueltEeEffLeaf(&m_catalogue.change, &m_catalogue.van))});
+    pairs.push_back(
+        {eff(m_catalogue.change), held(new QueltEeEffLeaf(&m_catalogue.change, &m_catalogue.van))});
     pairs.push_back({restriction(), restriction()});
     for (const Pair& pair : pairs) {
         const std::string before = textOf(*pair.leaf);
-        EXPECT_EQ(leafIn(pair.leaf).opAnd(leafIn(pair.other)), E_INVALIDARG) << before << " and " << textOf(*pair.other);
-        EXPECT_EQ(leafIn(pair.leaf).opOr(leafIn(pair.other)), E_INVALIDARG) << before << " or " << textOf(*pair.other);
+        EXPECT_EQ(leafIn(pair.leaf).opAnd(leafIn(pair.other)), E_INVALIDARG)
+            << before << " and " << textOf(*pair.other);
+        EXPECT_EQ(leafIn(pair.leaf).opOr(leafIn(pair.other)), E_INVALIDARG)
+            << before << " or " << textOf(*pair.other);
         EXPECT_EQ(textOf(*pair.leaf), before);
     }
     EXPECT_EQ(leafIn(leafOf(nullptr)).opNot(), E_INVALIDARG);
@@ -230,7 +234,8 @@ TEST_F(QueltEeLeavesTest, NewTreesSkipWhatDecidesNothing) {
 TEST_F(QueltEeLeavesTest, NewTreesAreOperatorsWhereNoLeafSaysIt) {
     EXPECT_EQ(both(engine({"V6"}), leafOf(m_catalogue.sport())), "AND(Engine in {V6}, Package in {Sport})");
     EXPECT_EQ(either(leafOf(m_catalogue.sport()), engine({"V6"})), "OR(Package in {Sport}, Engine in {V6})");
-    EXPECT_EQ(either(eff(m_catalogue.change), eff(m_catalogue.basic)), "OR(eff(ECO-1, Truck), eff(EFF-7, Truck))");
+    EXPECT_EQ(either(eff(m_catalogue.change), eff(m_catalogue.basic)),
+              "OR(eff(ECO-1, Truck), eff(EFF-7, Truck))");
     EXPECT_EQ(both(restriction(), restriction()),
               "AND(restriction(\"left hand drive\"), restriction(\"left hand drive\"))");
     EXPECT_EQ(both(leafOf(nullptr), engine({"V6"})), "AND(empty, Engine in {V6})");

@@ -12,7 +12,8 @@ using OperationKind = QueltEeExpressionOperation::OperationKind;
 class QueltEeMultiModelExpressionTest : public testing::Test {
 protected:
     /// Criteria with these parts, which may be null.
-    [[nodiscard]] static std::unique_ptr<ModelCriteria> criteria(OwnedReference inherited, OwnedReference own) {
+    [[nodiscard]] static std::unique_ptr<ModelCriteria> criteria(OwnedReference inherited,
+                                                                 OwnedReference own) {
         QueltEeNodeRef* inheritedSlot = inherited.release();
         QueltEeNodeRef* ownSlot = own.release();
         auto made = std::make_unique<ModelCriteria>(&inheritedSlot, &ownSlot);
@@ -20,16 +21,21 @@ protected:
         EXPECT_EQ(ownSlot, nullptr);
         return made;
     }
-    void file(QueltEeMultiModelExpression& expression, const QueltEeModelDico& dictionary, OwnedReference inherited,
-              OwnedReference own) const {
-        EXPECT_EQ(expression.setModelCriteria(dictionary, criteria(std::move(inherited), std::move(own)).release()), S_OK);
+    void file(QueltEeMultiModelExpression& expression, const QueltEeModelDico& dictionary,
+              OwnedReference inherited, OwnedReference own) const {
+        EXPECT_EQ(
+            expression.setModelCriteria(dictionary, criteria(std::move(inherited), std::move(own)).release()),
+            S_OK);
     }
-    static void operate(QueltEeEffectivityExpression& expression, OperationKind kind, QueltInObject& effectivity) {
+    static void operate(QueltEeEffectivityExpression& expression, OperationKind kind,
+                        QueltInObject& effectivity) {
         QueltInObject* object = &effectivity;
         EXPECT_EQ(expression.addOperation(kind, object), S_OK);
         EXPECT_EQ(object, &effectivity);
     }
-    [[nodiscard]] OwnedReference engine(const char* value) const { return leafOf(m_catalogue.engineIn({value})); }
+    [[nodiscard]] OwnedReference engine(const char* value) const {
+        return leafOf(m_catalogue.engineIn({value}));
+    }
     [[nodiscard]] OwnedReference inherited() {
         return held(new QueltEeEffLeaf(&m_catalogue.basic, &m_catalogue.truck));
     }
@@ -49,8 +55,9 @@ TEST_F(QueltEeMultiModelExpressionTest, TextsShowEveryPart) {
     EXPECT_EQ(effectivity.setGlobalCriteria(always().release()), S_OK);
     file(effectivity, m_catalogue.truck, inherited(), allOf(engine("V6")));
     file(effectivity, m_catalogue.van, nullptr, engine("V8"));
-    EXPECT_EQ(textOf(effectivity), "effectivity(global: TRUE, Truck: own AND(Engine in {V6}), inherited eff(EFF-7, Truck), "
-                                   "Van: own Engine in {V8}; operations: 1 ECO-1, 0 \"Base line\")");
+    EXPECT_EQ(textOf(effectivity),
+              "effectivity(global: TRUE, Truck: own AND(Engine in {V6}), inherited eff(EFF-7, Truck), "
+              "Van: own Engine in {V8}; operations: 1 ECO-1, 0 \"Base line\")");
 
     QueltEeChangeExpression change;
     EXPECT_EQ(textOf(change), "change()");
@@ -128,7 +135,8 @@ TEST_F(QueltEeMultiModelExpressionTest, AGlobalCriterionThatIsHeldElsewhereIsAli
 }
 
 TEST_F(QueltEeMultiModelExpressionTest, AGroupThatBecameAnAliasIsTakenOver) {
-    // A group over a part of another tree shrinks to that part; the expression gets the reference that held the group.
+    // A group over a part of another tree shrinks to that part; the expression gets the reference that held
+    // the group.
     const OwnedReference elsewhere = notOf(held(new Counted<QueltEeTrue>(m_alive)));
     OwnedReference reference = allOf();
     EXPECT_EQ(groupIn(*reference).addChild(*singleIn(*elsewhere).getChildRef()->getNode()), S_OK);
@@ -180,7 +188,8 @@ TEST_F(QueltEeMultiModelExpressionTest, ManyDictionariesKeepTheirOrder) {
     EXPECT_EQ(found.GetGoToNext(), dictionaries[7].get());
     for (std::size_t number = 0; number < 50; ++number) {
         EXPECT_EQ(expression.getModelCriteria()[number].dictionary, dictionaries[number].get());
-        EXPECT_EQ(expression.findModelCriteria(*dictionaries[number]), expression.getModelCriteria()[number].criteria);
+        EXPECT_EQ(expression.findModelCriteria(*dictionaries[number]),
+                  expression.getModelCriteria()[number].criteria);
         if (number != 7) {
             EXPECT_EQ(found.GetGoToNext(), dictionaries[number].get());
         }
@@ -202,8 +211,9 @@ TEST_F(QueltEeMultiModelExpressionTest, TheWalkGoesFromTheGlobalCriterionToTheOp
     EXPECT_EQ(expression.setGlobalCriteria(always().release()), S_OK);
     operate(expression, OperationKind::apply, m_catalogue.change);
     operate(expression, OperationKind::remove, m_catalogue.plain);
-    const std::vector<std::string> visits{"TRUE TRUE",   "variable Engine in {V8}", "eff eff(EFF-7, Truck)", "variable Engine in {V6}",
-                                          "eff eff(ECO-1)", "eff eff(\"Base line\")"};
+    const std::vector<std::string> visits{
+        "TRUE TRUE",      "variable Engine in {V8}", "eff eff(EFF-7, Truck)", "variable Engine in {V6}",
+        "eff eff(ECO-1)", "eff eff(\"Base line\")"};
     Recorder recorder;
     recorder.m_results = {S_OK, S_OK, S_OK, S_OK, S_OK, 1};
     EXPECT_EQ(expression.runConstVisitor(recorder), 1);

@@ -262,14 +262,15 @@ TEST_F(QueltEeOperatorsTest, AVisitMayTakeItsChildOut) {
 
 TEST_F(QueltEeOperatorsTest, EachClassIsVisitedAsWhatItIs) {
     Catalogue catalogue;
-    const OwnedReference tree =
-        allOf(always(), never(), allOf(), anyOf(), held(new QueltEeNotDomainOp), held(new QueltEeNotOp),
-              held(new QueltEeEffLeaf(nullptr, nullptr)), leafOf(nullptr), held(new QueltEeRestrictionEffLeaf("x")));
+    const OwnedReference tree = allOf(always(), never(), allOf(), anyOf(), held(new QueltEeNotDomainOp),
+                                      held(new QueltEeNotOp), held(new QueltEeEffLeaf(nullptr, nullptr)),
+                                      leafOf(nullptr), held(new QueltEeRestrictionEffLeaf("x")));
     Recorder recorder;
     EXPECT_EQ(groupIn(*tree).childrenAcceptVisitor(recorder), S_OK);
     EXPECT_EQ(recorder.m_visits,
-              (std::vector<std::string>{"TRUE TRUE", "FALSE FALSE", "AND AND()", "OR OR()", "NOTDOMAIN NOTDOMAIN()",
-                                        "NOT NOT()", "eff eff(null)", "variable empty", "restriction restriction(x)"}));
+              (std::vector<std::string>{"TRUE TRUE", "FALSE FALSE", "AND AND()", "OR OR()",
+                                        "NOTDOMAIN NOTDOMAIN()", "NOT NOT()", "eff eff(null)",
+                                        "variable empty", "restriction restriction(x)"}));
 }
 
 TEST_F(QueltEeOperatorsTest, SetChildRefTakesOverAndDeletesTheFormerChild) {

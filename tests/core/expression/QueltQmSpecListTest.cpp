@@ -22,11 +22,13 @@ TEST_F(QueltQmSpecListTest, CriteriaStandByPositionInOrder) {
     add(m_catalogue.engineIn({"V8"})); // the same variable once more
     EXPECT_EQ(m_list.getNamedEffectivities().Put(m_catalogue.change), 1);
     EXPECT_EQ(m_list.getNamedEffectivities().Put(m_catalogue.plain), 1);
-    EXPECT_EQ(textOf(m_list), "Engine in {V6}, Unit in [10, 20), Engine in {V8}, eff(ECO-1), eff(\"Base line\")");
+    EXPECT_EQ(textOf(m_list),
+              "Engine in {V6}, Unit in [10, 20), Engine in {V8}, eff(ECO-1), eff(\"Base line\")");
     EXPECT_EQ(m_list.getVarEffs().GetLength(), 3);
     EXPECT_EQ(textOf(*m_list.getVarEffs().Get(QueltInIntHolder(2))), "Engine in {V8}");
     unsigned int position = 0;
-    for (QueltInMap::const_iterator criteria = m_list.getVarEffs().cBegin(); criteria.IsEnd() == 0; criteria.Next()) {
+    for (QueltInMap::const_iterator criteria = m_list.getVarEffs().cBegin(); criteria.IsEnd() == 0;
+         criteria.Next()) {
         EXPECT_EQ(QueltInIntHolder::cast(criteria.GetKey())->m_value, position++);
     }
     EXPECT_EQ(position, 3U);

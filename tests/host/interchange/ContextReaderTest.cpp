@@ -136,7 +136,7 @@ TEST(ContextReaderTest, namesOfAnyScriptAreFine) {
             "values": ["", "大", "a\"b"]})"));
     const std::string_view name("Gr\xC3\xB6\xC3\x9F"
                                 "e \xF0\x9F\x9A\x9A/~\n\0",
-                                15);
+                                16);
     const auto* const variable = QueltEeCatOptionVar::cast(context->findDictionary("D")->getVariable(name));
     ASSERT_NE(variable, nullptr);
     EXPECT_EQ(variable->findValue("\xE5\xA4\xA7"), 1U);

@@ -39,13 +39,13 @@ TEST(PlaceTest, refusalSaysWhatAndWhere) {
     EXPECT_EQ(refusalAt(root, "missing key 'id'"), "missing key 'id' at the root");
 }
 
-TEST(PlaceTest, quotedCutsLongNamesBetweenCharacters) {
-    EXPECT_EQ(quoted("lst"), "'lst'");
-    EXPECT_EQ(quoted(""), "''");
-    EXPECT_EQ(quoted(std::string(100, 'x')), "'" + std::string(100, 'x') + "'");
-    EXPECT_EQ(quoted(std::string(101, 'x')), "'" + std::string(100, 'x') + "...'");
+TEST(PlaceTest, inQuotesCutsLongNamesBetweenCharacters) {
+    EXPECT_EQ(inQuotes("lst"), "'lst'");
+    EXPECT_EQ(inQuotes(""), "''");
+    EXPECT_EQ(inQuotes(std::string(100, 'x')), "'" + std::string(100, 'x') + "'");
+    EXPECT_EQ(inQuotes(std::string(101, 'x')), "'" + std::string(100, 'x') + "...'");
     // The 100th byte is the first of two that make one character.
-    EXPECT_EQ(quoted(std::string(99, 'x') + "\xC3\xBC\xC3\xBC"), "'" + std::string(99, 'x') + "...'");
+    EXPECT_EQ(inQuotes(std::string(99, 'x') + "\xC3\xBC\xC3\xBC"), "'" + std::string(99, 'x') + "...'");
 }
 
 } // namespace

@@ -1,5 +1,7 @@
 #include "interchange/RecordReader.h"
 
+#include "expression/QueltEeLeaves.h"
+#include "expression/QueltEeOperators.h"
 #include "host/support/Samples.h"
 
 #include <gtest/gtest.h>
@@ -21,11 +23,11 @@ protected:
         return RecordReader(*context).read(m_parser.parse(m_lines.back().text()));
     }
     /// The expression of the record with this body.
-    std::string read_expression(const std::string& body) {
+    std::string readExpression(const std::string& body) {
         return std::string(read(R"({"id": "x", )" + body + "}").expression->toString().view());
     }
     std::string readCriterion(const std::string& criterion) {
-        const std::string text = read_expression(R"("tree": )" + criterion);
+        const std::string text = readExpression(R"("tree": )" + criterion);
         return text.substr(8, text.size() - 9); // without "generic(" and ")"
     }
 
@@ -78,7 +80,7 @@ TEST_F(RecordReaderTest, readsNamedValues) {
     // The order and the repetitions are those of the record.
     EXPECT_EQ(readCriterion(R"({"option": "Engine", "in": ["V8", "V6", "V8"]})"), "Engine in {V8, V6, V8}");
     EXPECT_EQ(readCriterion(R"({"in": [], "selection": "Package"})"), "Package in {}");
-    EXPECT_EQ(readCriterion(R"({"option": "Engine", "in": ["V6"], "negated": true})"), "not (Engine in {V6})");
+    EXPECT_EQ(readCriterion(R"({"option": "Engine", "in": ["V6"], "negated": true})"), "not (Engine in {V6})?");
     EXPECT_EQ(readCriterion(R"({"option": "Engine", "in": ["V6"], "noVar": true})"), "Engine in {V6}?");
 }
 
@@ -118,7 +120,7 @@ TEST_F(RecordReaderTest, readsTreeSeriesSelections) {
 TEST_F(RecordReaderTest, readsDates) {
     EXPECT_EQ(readCriterion(R"({"date": [["2020-01-01", "2021-01-01"], ["2024-06-01", null], [null, "1999-12-31T23:59:59Z"]]})"),
               "date in [2020-01-01, 2021-01-01) | [2024-06-01, +inf) | [-inf, 1999-12-31T23:59:59Z)");
-    EXPECT_EQ(readCriterion(R"({"date": [], "noVar": true})"), "date in ()?");
+    EXPECT_EQ(readCriterion(R"({"date": [["2020-01-01", null]], "noVar": true})"), "date in [2020-01-01, +inf)?");
 }
 
 TEST_F(RecordReaderTest, ofSaysWhichVariable) {
@@ -143,10 +145,19 @@ TEST_F(RecordReaderTest, ofSaysWhichVariable) {
 }
 
 TEST_F(RecordReaderTest, readsLists) {
-    EXPECT_EQ(read_expression(R"("list": [])"), "generic(all: )");
-    EXPECT_EQ(read_expression(R"("list": [{"option": "Engine", "in": ["V6"]}, {"date": []}],
+    EXPECT_EQ(readExpression(R"("list": [{"option": "Engine", "in": ["V6"]}])"), "generic(all: Engine in {V6})");
+    EXPECT_EQ(readExpression(R"("list": [{"option": "Engine", "in": ["V6"]}, {"serial": "Unit", "in": [[1, 2]]}],
                                  "named": ["ECO-2", "EFF-7"], "mode": 2)"),
-              "generic(at least one: Engine in {V6}, date in (), eff(ECO-2), eff(EFF-7))");
+              "generic(at least one: Engine in {V6}, Unit in [1, 2], eff(ECO-2), eff(EFF-7))");
+}
+
+TEST_F(RecordReaderTest, emptyListIsAList) {
+    const Record record = read(R"({"id": "x", "list": []})");
+    const QueltQmSpecList* list = nullptr;
+    EXPECT_EQ(record.expression->GetList(list), 0);
+    ASSERT_NE(list, nullptr);
+    EXPECT_NE(list->getVarEffs().IsEmpty(), 0);
+    EXPECT_NE(list->getNamedEffectivities().IsEmpty(), 0);
 }
 
 TEST_F(RecordReaderTest, listWithoutListKeepsItsMode) {
@@ -323,7 +334,7 @@ INSTANTIATE_TEST_SUITE_P(
         RefusalRow{list(R"({"serial": "Unit", "in": [[1, 2147483648]]})"),
                    "number out of range (-2147483648 to 2147483647) at /list/0/in/0/1"},
         RefusalRow{list(R"({"serial": "Unit", "in": [[1, 99999999999999999999]]})"),
-                   "not JSON at column 51: number out of range in /list/0/in/0/1"},
+                   "not JSON at column 52: number out of range in /list/0/in/0/1"},
         RefusalRow{list(R"({"serial": "Unit", "in": [{"from": 1}]})"), "missing key 'to' at /list/0/in/0"},
         RefusalRow{list(R"({"serial": "Unit", "in": [{"to": 1}]})"), "missing key 'from' at /list/0/in/0"},
         RefusalRow{list(R"({"serial": "Unit", "in": [{"from": 1, "to": 2, "singleIncl": true}]})"),
@@ -367,7 +378,7 @@ TEST(RecordNestingTest, levelsAreLimited) {
     EXPECT_EQ(refusalOf(nested(1001)), "nested more than 1000 levels deep at /tree" + repeated("/and/0", 1000));
     EXPECT_EQ(refusalOf(nested(1500)), "nested more than 1000 levels deep at /tree" + repeated("/and/0", 1000));
     EXPECT_EQ(refusalOf(nested(3000)),
-              "not JSON at column 18442: objects and arrays nested more than 4096 deep");
+              "not JSON at column 18452: objects and arrays nested more than 4096 deep");
     EXPECT_EQ(refusalOf(nested(1000)).find("malformed"), std::string::npos);
 }
 

@@ -41,7 +41,7 @@ std::unique_ptr<LoadedContext> contextOf(std::string_view json) {
 
 std::string refusalOfContext(std::string_view json) {
     try {
-        contextOf(json);
+        (void)contextOf(json);
     } catch (const Refusal& refusal) {
         return refusal.what();
     }

@@ -1,0 +1,172 @@
+#include "commands/ConversionRun.h"
+
+#include "host/support/MemoryStreams.h"
+#include "host/support/Samples.h"
+
+#include <gtest/gtest.h>
+#include <sstream>
+
+namespace quelt::host {
+namespace {
+
+using test::contextOf;
+using test::sampleContext;
+using test::TextSink;
+using test::TextSource;
+
+/// `count` records of all fates, told apart by their ids.
+std::string manyRecords(int count) {
+    std::string text;
+    for (int number = 0; number < count; ++number) {
+        const std::string id = R"({"id":")" + std::to_string(number) + R"(",)";
+        switch (number % 5) {
+        case 0:
+            text += id + R"("tree":true})";
+            break;
+        case 1:
+            text += id + R"("list":[{"option":"Colour","of":"Bus","in":["Blue"]},{"date":[["2020-01-01",null]]}]})";
+            break;
+        case 2:
+            text += id + R"("tree":null})";
+            break;
+        case 3:
+            text += id + R"("lst":[]})";
+            break;
+        default:
+            text += "\n" + id + R"("list":[{"serial":"Unit","in":[[10,20]]},{"option":"Engine","in":["V6"]}]})";
+        }
+        text += '\n';
+    }
+    return text;
+}
+
+class ConversionRunTest : public testing::Test {
+protected:
+    RunResult run(ByteSource& source, ByteSink& sink, unsigned jobs, AnswerOptions options = {}) {
+        Console console{.input = source, .output = sink, .messages = messages};
+        Progress progress(console, source.size());
+        return runConversion(*context, options, jobs, source, sink, progress);
+    }
+
+    std::unique_ptr<LoadedContext> context = contextOf(sampleContext());
+    std::ostringstream messages;
+};
+
+TEST_F(ConversionRunTest, answersEveryRecordInOrder) {
+    const std::string text = manyRecords(100);
+    TextSource source(text);
+    TextSink sink;
+    const RunResult result = run(source, sink, 1);
+    EXPECT_EQ(result.counts.records(), 100U);
+    EXPECT_EQ(result.counts.malformed, 20U);
+    EXPECT_EQ(result.counts.failed, 20U);
+    std::istringstream answers(sink.text());
+    int number = 0;
+    for (std::string line; std::getline(answers, line); ++number) {
+        EXPECT_NE(line.find(R"("id":")" + std::to_string(number) + "\""), std::string::npos) << line;
+    }
+    EXPECT_EQ(number, 100);
+}
+
+TEST_F(ConversionRunTest, jobsDoNotChangeTheAnswers) {
+    const std::string text = manyRecords(30'000); // some batches for everyone
+    for (const AnswerOptions options : {AnswerOptions{}, AnswerOptions{.withInput = true, .withTrace = true}}) {
+        TextSource one(text);
+        TextSink expected;
+        const RunResult expectedResult = run(one, expected, 1, options);
+        for (const unsigned jobs : {2U, 3U, 8U}) {
+            TextSource source(text, jobs == 3 ? 1000 : 1'000'000);
+            TextSink sink;
+            const RunResult result = run(source, sink, jobs, options);
+            EXPECT_TRUE(sink.text() == expected.text()) << jobs;
+            EXPECT_EQ(result.counts.converted, expectedResult.counts.converted);
+            EXPECT_EQ(result.counts.failed, expectedResult.counts.failed);
+            EXPECT_EQ(result.counts.malformed, expectedResult.counts.malformed);
+            EXPECT_EQ(result.failures.mostFrequent(), expectedResult.failures.mostFrequent());
+        }
+    }
+}
+
+TEST_F(ConversionRunTest, emptyInputHasNoAnswers) {
+    for (const unsigned jobs : {1U, 4U}) {
+        TextSource source("");
+        TextSink sink;
+        const RunResult result = run(source, sink, jobs);
+        EXPECT_EQ(result.counts.records(), 0U);
+        EXPECT_EQ(sink.text(), "");
+        EXPECT_FALSE(result.readFailure || result.writeFailure);
+    }
+}
+
+TEST_F(ConversionRunTest, whatWasReadBeforeAFailureIsAnswered) {
+    const std::string text = manyRecords(10'000);
+    for (const unsigned jobs : {1U, 3U}) {
+        TextSource source(text, 4096, EIO);
+        TextSink sink;
+        const RunResult result = run(source, sink, jobs);
+        ASSERT_TRUE(result.readFailure.has_value());
+        EXPECT_EQ(result.readFailure->code(), EIO);
+        EXPECT_EQ(result.counts.records(), 10'000U);
+        EXPECT_EQ(std::count(sink.text().begin(), sink.text().end(), '\n'), 10'000);
+    }
+}
+
+TEST_F(ConversionRunTest, failureToWriteEndsTheRun) {
+    const std::string text = manyRecords(50'000);
+    for (const unsigned jobs : {1U, 3U}) {
+        TextSource source(text);
+        TextSink sink(100'000);
+        const RunResult result = run(source, sink, jobs);
+        ASSERT_TRUE(result.writeFailure.has_value());
+        EXPECT_EQ(result.writeFailure->code(), ENOSPC);
+        EXPECT_LE(sink.text().size(), 100'000U);
+        EXPECT_LT(result.counts.records(), 50'000U);
+    }
+}
+
+/// Throws something that is no failure of the stream.
+class BrokenSink : public ByteSink {
+public:
+    void write(std::string_view /*bytes*/) override { throw std::bad_alloc(); }
+};
+
+TEST_F(ConversionRunTest, otherFailuresComeThrough) {
+    const std::string text = manyRecords(5'000);
+    for (const unsigned jobs : {1U, 3U}) {
+        TextSource source(text);
+        BrokenSink sink;
+        EXPECT_THROW((void)run(source, sink, jobs), std::bad_alloc);
+    }
+}
+
+/// Gives one line at a time and notes whether the one before was answered.
+class WaitingSource : public ByteSource {
+public:
+    explicit WaitingSource(const TextSink& sink) : m_sink(sink) {}
+    std::size_t read(char* data, std::size_t /*size*/) override {
+        const std::string line = "{\"id\":\"x\",\"tree\":true}\n";
+        m_isAnswered = m_isAnswered && std::count(m_sink.text().begin(), m_sink.text().end(), '\n') == m_given;
+        if (m_given == 5) {
+            return 0;
+        }
+        ++m_given;
+        std::copy(line.begin(), line.end(), data);
+        return line.size();
+    }
+    [[nodiscard]] bool isAnswered() const { return m_isAnswered; }
+
+private:
+    const TextSink& m_sink;
+    int m_given = 0;
+    bool m_isAnswered = true;
+};
+
+TEST_F(ConversionRunTest, answersDoNotWaitForMoreInput) {
+    TextSink sink;
+    WaitingSource source(sink);
+    EXPECT_EQ(run(source, sink, 1).counts.converted, 5U);
+    EXPECT_TRUE(source.isAnswered());
+}
+
+} // namespace
+} // namespace quelt::host

@@ -1,0 +1,163 @@
+#include "commands/RecordConverter.h"
+
+#include "host/support/RandomContext.h"
+#include "host/support/Samples.h"
+#include "host/support/StructureDump.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <thread>
+
+namespace quelt::host {
+namespace {
+
+using test::answerTo;
+using test::contextOf;
+using test::Padded;
+using test::repeated;
+using test::sampleContext;
+
+class RecordConverterTest : public testing::Test {
+protected:
+    std::string answer(std::string_view line, AnswerOptions options = {}) {
+        return answerTo(*context, line, options);
+    }
+    std::unique_ptr<LoadedContext> context = contextOf(sampleContext());
+};
+
+TEST_F(RecordConverterTest, answersWithTheMap) {
+    EXPECT_EQ(answer(R"({"id": "P-1", "list": [{"option": "Colour", "of": "Bus", "in": ["Blue"]}], "mode": 2})"),
+              R"({"id":"P-1","result":0,"map":[{"domain":2,"expression":{"kind":"filter","dictionary":"Bus","mode":1,)"
+              R"("criteria":[{"option":"Colour","of":"Bus","in":["Blue"]}]}}]})");
+    EXPECT_EQ(answer(R"({"id": "P-2", "tree": true, "change": true})"),
+              R"({"id":"P-2","result":0,"map":[{"domain":2,"expression":{"kind":"change","global":true}}]})");
+}
+
+TEST_F(RecordConverterTest, answersFailuresWithCodeAndErrors) {
+    EXPECT_EQ(answer(R"({"id": "P-1", "tree": null})"),
+              R"({"id":"P-1","result":-2147467259,"code":"0x80004005","errors":["ERROR : unexpected"],"map":[]})");
+    EXPECT_EQ(answer(R"({"id": "P-2", "tree": {"restriction": "x"}})"),
+              R"({"id":"P-2","result":-2147418113,"code":"0x8000FFFF",)"
+              R"("errors":["ERROR : No RestrictionEffLeaf Expected at this level.","ERROR : acceptVisitor Failed"],)"
+              R"("map":[]})");
+}
+
+TEST_F(RecordConverterTest, showsTheInputAsTheConversionLeftIt) {
+    EXPECT_EQ(answer(R"({"id": "P-1", "tree": {"restriction": "x"}})", {.withInput = true}),
+              R"({"id":"P-1","result":-2147418113,"code":"0x8000FFFF",)"
+              R"("errors":["ERROR : No RestrictionEffLeaf Expected at this level.","ERROR : acceptVisitor Failed"],)"
+              R"("map":[],"input":{"tree":{"restriction":"x"}}})");
+    EXPECT_EQ(answer(R"({"id": "P-2", "list": []})", {.withInput = true}),
+              R"({"id":"P-2","result":0,"map":[],"input":{"list":[]}})");
+}
+
+TEST_F(RecordConverterTest, showsTheTrace) {
+    EXPECT_EQ(answer(R"({"id": "P-1", "list": []})", {.withTrace = true}),
+              R"({"id":"P-1","result":0,"map":[],"trace":[)"
+              R"({"class":"QueltEeTarselMigrationServices","method":"ConvertEeGenericExprToEeExpr","level":1,"text":""},)"
+              R"({"class":"QueltEeTarselMigrationServices","method":"ConvertEeGenericExprToEeExpr","level":0,)"
+              R"("text":"This is a filter => generating filter : "},)"
+              R"({"class":"QueltEeTarselMigrationServices","method":"ConvertEeGenericExprToEeExpr","level":2,"text":""}]})");
+}
+
+TEST_F(RecordConverterTest, answersMalformedLinesWithTheirNumber) {
+    RecordConverter converter(*context, {});
+    TextBuffer answers;
+    Counts counts;
+    const auto convert = [&](const Line& line, std::string_view text) {
+        converter.convert(line, Padded(text).text(), answers, counts);
+    };
+    convert({.number = 17}, R"({"lst": []})");
+    convert({.number = 18}, R"({"id": "P-1", "lst": []})");
+    convert({.number = 19}, R"({"id": "P-2", "tree": tru})");
+    convert({.number = 20, .isUnfinished = true}, R"({"id": "P-3", "tree": )");
+    convert({.number = 21, .isTooLong = true}, "");
+    convert({.number = 22}, R"({"id": "P-4", "list": []})");
+    EXPECT_EQ(viewOf(answers),
+              R"({"line":17,"malformed":"unknown key 'lst' at /lst"})"
+              "\n"
+              R"({"line":18,"id":"P-1","malformed":"unknown key 'lst' at /lst"})"
+              "\n"
+              R"({"line":19,"id":"P-2","malformed":"not JSON at column 23: expected a value"})"
+              "\n"
+              R"({"line":20,"id":"P-3","malformed":"not JSON at column 23: the text ends too early )"
+              R"((the input's last line, without a line end)"})"
+              "\n"
+              R"({"line":21,"malformed":"longer than 64 MiB"})"
+              "\n"
+              R"({"id":"P-4","result":0,"map":[]})"
+              "\n");
+    EXPECT_EQ(counts.malformed, 5U);
+    EXPECT_EQ(counts.converted, 1U);
+    EXPECT_EQ(counts.failed, 0U);
+}
+
+TEST_F(RecordConverterTest, firstErrorIsTheReasonOfAFailure) {
+    RecordConverter converter(*context, {});
+    TextBuffer answers;
+    Counts counts;
+    for (const char* const tree : {"null", R"({"restriction": "x"})", "null"}) {
+        converter.convert({}, Padded(R"({"id": "x", "tree": )" + std::string(tree) + "}").text(), answers, counts);
+    }
+    EXPECT_EQ(counts.failed, 3U);
+    const auto reasons = converter.failures().mostFrequent();
+    ASSERT_EQ(reasons.size(), 2U);
+    EXPECT_EQ(reasons[0], (std::pair<std::string_view, std::uint64_t>("ERROR : unexpected", 2)));
+    EXPECT_EQ(reasons[1], (std::pair<std::string_view, std::uint64_t>(
+                              "ERROR : No RestrictionEffLeaf Expected at this level.", 1)));
+}
+
+/// Trees as deep as may be, of every operator, on a thread with the stack that threads have.
+TEST_F(RecordConverterTest, deepestTreesConvertOnAnyThread) {
+    constexpr std::size_t levels = 999;
+    const std::vector<std::string> trees{
+        repeated(R"({"and":[)", levels) + "true" + repeated("]}", levels),
+        repeated(R"({"or":[)", levels) + R"({"option":"Engine","of":"Truck","in":["V6"]})" + repeated("]}", levels),
+        repeated(R"({"not":)", levels) + "false" + repeated("}", levels),
+        R"({"not":)" + repeated(R"({"notDomain":)", levels - 1) + R"({"date":[]})" + repeated("}", levels),
+        R"({"and":[)" + repeated(R"({"or":[true,)", levels - 1) + R"({"eff":"ECO-1"})" + repeated("]}", levels)};
+    for (const std::string& tree : trees) {
+        for (const char* const change : {"", R"(,"change":true)"}) {
+            const std::string line = R"({"id":"x","tree":)" + tree + change + "}";
+            std::string answer;
+            std::thread([&] { answer = answerTo(*context, line, {.withInput = true, .withTrace = true}); }).join();
+            EXPECT_EQ(answer.find("malformed"), std::string::npos) << answer.substr(0, 200);
+            EXPECT_NE(answer.find(tree), std::string::npos) << answer.substr(0, 200);
+        }
+    }
+}
+
+/// Every record sees the context as the file has it, whatever came before.
+TEST(RecordConverterContextTest, contextStaysAsItIs) {
+    for (unsigned seed = 0; seed < 40; ++seed) {
+        test::RandomContext random(seed);
+        const std::string before = test::dump(random.context());
+        std::vector<std::string> lines;
+        for (int number = 0; number < 25; ++number) {
+            TextBuffer buffer;
+            JsonWriter writer(buffer);
+            writer.beginObject();
+            writer.key(Key::id);
+            writer.text(std::to_string(number));
+            ExpressionWriter(random.context()).writeBody(writer, *random.genericExpression());
+            writer.key(Key::change);
+            writer.flag(number % 2 == 0);
+            writer.endObject();
+            lines.emplace_back(viewOf(buffer));
+        }
+        std::vector<std::string> answers;
+        std::vector<std::string> answersBackwards;
+        for (const std::string& line : lines) {
+            answers.push_back(answerTo(random.context(), line, {.withInput = true}));
+        }
+        std::for_each(lines.rbegin(), lines.rend(), [&](const std::string& line) {
+            answersBackwards.push_back(answerTo(random.context(), line, {.withInput = true}));
+        });
+        std::reverse(answersBackwards.begin(), answersBackwards.end());
+        EXPECT_EQ(answers, answersBackwards);
+        EXPECT_EQ(test::dump(random.context()), before);
+    }
+}
+
+} // namespace
+} // namespace quelt::host
