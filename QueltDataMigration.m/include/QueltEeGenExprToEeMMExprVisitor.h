@@ -4,15 +4,30 @@
 
 #include "expression/QueltEeNodeVisitor.h"
 #include "infrastructure/QueltInList.h"
+#include "infrastructure/QueltInSmallVector.h"
 
+#include <memory>
+
+namespace quelt {
+class Belongings;
+}
+
+class QueltEVCClassification;
 class QueltEeBasicEff;
 class QueltEeChangeExpression;
 class QueltEeEffectivityExpression;
 class QueltEeExpressionContext;
 class QueltEeExpressionOperation;
+class QueltEeGetApplyingMDsVisitor;
+class QueltEeGroupOp;
 class QueltEeModelDico;
+class QueltEeMultiModelExpression;
 class QueltEeNode;
 class QueltEeNodeRef;
+class QueltEeOperator;
+class QueltEePredefEff;
+class QueltEeSerialEff;
+class QueltEeVarEff;
 class QueltInMap;
 class QueltInSet;
 
@@ -38,20 +53,23 @@ public:
 
     // Called by the nodes' acceptVisitor.
 
-    /// The constants. They are converted at the root, and, with CGE_MigRen, anywhere in an effectivity; E_NOTIMPL otherwise.
+    /// The constants. They are converted at the root, and, with CGE_MigRen, anywhere in an effectivity; E_NOTIMPL
+    /// otherwise.
     long visitFalse(QueltEeFalse& node) override;
     long visitTrue(QueltEeTrue& node) override;
-    /// E_NOTIMPL, for now.
+    /// Splits a conjunction into its dates, its changes and its evolution/variant part. E_FAIL for what cannot be split; the result of
+    /// the part that failed.
     long visitAndOp(QueltEeAndOp& node) override;
-    /// E_NOTIMPL, for now.
+    /// As visitAndOp, for a disjunction: its changes are alternatives.
     long visitOrOp(QueltEeOrOp& node) override;
     /// E_NOTIMPL: negation within a domain is deliberately not converted.
     long visitNotDomainOp(QueltEeNotDomainOp& node) override;
-    /// E_NOTIMPL, for now.
+    /// As visitAndOp, for a negation: a change is taken away.
     long visitNotOp(QueltEeNotOp& node) override;
-    /// E_NOTIMPL, for now.
+    /// A change becomes an operation; a basic effectivity, which may only stand alone, is expanded in its dictionaries.
     long visitEffLeaf(QueltEeEffLeaf& leaf) override;
-    /// E_NOTIMPL, for now.
+    /// A criterion is filed under each dictionary that holds its variable; below the root it is collected for the operator
+    /// above. Serial intervals are rewritten in place.
     long visitVarEffLeaf(QueltEeVarEffLeaf& leaf) override;
     /// E_UNEXPECTED: a generic expression has no restrictions.
     long visitRestrictionEffLeaf(QueltEeRestrictionEffLeaf& leaf) override;
@@ -66,8 +84,68 @@ public:
     long generateMapDomainIDToEeExpr(QueltInMap*& outputMap);
 
 private:
+    struct TakenChild;
+    using TakenChildren = QueltInSmallVector<TakenChild, 2>;
+
     template <class Constant>
-    long visitConstant(Constant& node, const char* method);
+    long convertConstant(Constant& node, const char* method);
+
+    // What AND, OR and NOT share.
+    long classify(QueltEeOperator& node, QueltEVCClassification& classification) const;
+    long takeEvolutionVariant(QueltEeNode& node);
+    long refuseChangeInChange();
+    long analyzeStackOfChanges(QueltEeGroupOp& group);
+    long fileHistoryAtRoot();
+    long fileDatesAtRoot();
+    long analyzeCollectedEvolutionVariant();
+    QueltEeEffectivityExpression& history();
+    QueltEeEffectivityExpression& evolutionVariant();
+    QueltEeMultiModelExpression& makeTarget();
+
+    // AND with inherited effectivities.
+    long convertWithInherited(QueltEeAndOp& node);
+    long takeInheritedOut(QueltEeAndOp& node, TakenChildren& taken);
+    void putInheritedBack(QueltEeAndOp& node, const TakenChildren& taken);
+
+    // AND, OR and NOT with dates.
+    long convertHistory(QueltEeAndOp& node);
+    long convertHistory(QueltEeOrOp& node);
+    long convertHistory(QueltEeNotOp& node);
+    long collectHistoryChild(QueltInObject* child, QueltEeNodeRef*& previousEV);
+    void addPendingHistoryTo(QueltEeGroupOp& dates);
+    void joinForAnd(QueltEeNodeRef* previousEV, QueltEeGroupOp*& created);
+    void joinForOr(QueltEeNodeRef* previousEV);
+
+    // Changes.
+    long analyzeToFindOutOperationsStack(QueltEeGroupOp& group);
+    long accumulate(QueltEeNodeRef*& accumulated, bool& isGroupCreated, QueltEeGroupOp& group);
+    long fileCurrentOperation(bool isAlternative);
+
+    // Evolution/variant parts, and the criteria of single leaves.
+    long analyzePureEVPart(QueltEeNode& node, unsigned char clone);
+    long findApplyingDictionaries(QueltEeNode& node, QueltEeGetApplyingMDsVisitor& finder, QueltInSet*& related,
+                                  QueltInSet*& notRelated) const;
+    long fileUnderEach(const QueltInSet& dictionaries, QueltEeNode& node, unsigned char clone);
+    long fileCriterion(const QueltEeModelDico& dictionary, QueltEeNodeRef* own);
+
+    // Inherited effectivities.
+    long convertBasicEff(QueltEeBasicEff& effectivity);
+    long fileInherited(const QueltEeBasicEff& effectivity, const QueltEeNode* constant);
+    long findInheritingDictionaries(const QueltEeBasicEff& effectivity, const QueltInMap*& dictionaries) const;
+    long exploreNodeRefToFindAllBasicEffs(QueltEeNode& node);
+    long listBasicEff(QueltEeEffLeaf& leaf, const char* wrongTarget);
+    long generateInheritedNodeRefForDico(const QueltEeModelDico& dico, QueltEeNodeRef*& result);
+    long addInheritedLeaves(QueltEeBasicEff& effectivity, const QueltEeModelDico& dico, QueltEeOrOp& leaves) const;
+
+    // Leaves with variable effectivities.
+    long convertChange(QueltEePredefEff& effectivity);
+    long collect(QueltEeVarEffLeaf& leaf);
+    template <class Variable>
+    long convertFeature(QueltEeVarEffLeaf& leaf, const QueltEeVarEff& effectivity);
+    long fileFeature(QueltEeVarEffLeaf& leaf, const QueltInSet& dictionaries);
+    long convertSerial(QueltEeVarEffLeaf& leaf, QueltEeSerialEff& effectivity);
+    long convertTreeSeries(QueltEeVarEffLeaf& leaf, const QueltEeVarEff& effectivity);
+    long convertDate(QueltEeVarEffLeaf& leaf);
 
     unsigned char m_isChange;
     unsigned char m_atRoot = 1;
@@ -86,5 +164,7 @@ private:
     QueltEeEffectivityExpression* m_pEVExpression = nullptr;
     QueltEeEffectivityExpression* m_pTrueFalseExpression = nullptr;
     QueltEeChangeExpression* m_pChangeExpression = nullptr;
+    // Not part of the conversion's state: what was made on the way, for all copies of the visitor together.
+    std::shared_ptr<quelt::Belongings> m_pBelongings;
 };
 extern template class QueltInTyped<QueltEeGenExprToEeMMExprVisitor, QueltEeNodeVisitor>;

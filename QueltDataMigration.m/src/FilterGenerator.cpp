@@ -1,5 +1,6 @@
 #include "FilterGenerator.h"
 
+#include "DictionarySets.h"
 #include "SerialRenumbering.h"
 
 #include "dictionary/QueltEeNamedValueVar.h"
@@ -222,16 +223,7 @@ long FilterGenerator::narrowToHolder(QueltEeModelDico* holder, const char* notPo
     if (holder == nullptr || m_pPossibleMDs->Find(*holder) == 0) {
         return m_trace.fail(notPossible);
     }
-    if (m_pPossibleMDs->GetLength() <= 1) {
-        return S_OK;
-    }
-    m_pRejectedMDs->PutSet(*m_pPossibleMDs);
-    if (m_pRejectedMDs->badCastErr() != 0) {
-        return m_trace.fail("ERROR : Unable to put possible MDs set into rejected MDs set.");
-    }
-    m_pRejectedMDs->Remove(*holder);
-    m_pPossibleMDs->Clear();
-    return m_pPossibleMDs->Put(*holder) == 0 ? m_trace.fail("ERROR : unexpected") : S_OK;
+    return keepOnly(*holder, *m_pPossibleMDs, *m_pRejectedMDs, m_trace);
 }
 
 long FilterGenerator::narrowToFeature(const QueltEeDicoObject& variable, const char* notFound) {

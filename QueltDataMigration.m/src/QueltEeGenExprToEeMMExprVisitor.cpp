@@ -1,9 +1,10 @@
 #include "QueltEeGenExprToEeMMExprVisitor.h"
 
 #include "ConfigurationFlag.h"
-#include "MigrationTrace.h"
+#include "ConversionVisitorParts.h"
 
 #include "effectivity/QueltEeEffectivity.h"
+#include "expression/QueltEVCClassification.h"
 #include "expression/QueltEeLeaves.h"
 #include "expression/QueltEeMultiModelExpression.h"
 #include "expression/QueltEeOperators.h"
@@ -14,27 +15,35 @@
 
 template class QueltInTyped<QueltEeGenExprToEeMMExprVisitor, QueltEeNodeVisitor>;
 
-namespace {
+namespace quelt::conversion {
 
-const quelt::MigrationTrace s_trace("QueltEeGenExprToEeMMExprVisitor");
-const bool s_isRenumbering = quelt::isEnvironmentVariableSet("CGE_MigRen");
+const MigrationTrace s_trace("QueltEeGenExprToEeMMExprVisitor");
+const bool s_isRenumbering = isEnvironmentVariableSet("CGE_MigRen");
+const bool s_isOptimized = isEnvironmentVariableSet("CFG_DA_Migration_Optimization");
+
+} // namespace quelt::conversion
+
+using quelt::conversion::s_isOptimized;
+using quelt::conversion::s_isRenumbering;
+using quelt::conversion::s_trace;
+
+namespace {
 
 constexpr unsigned int s_historyDomain = 1;
 constexpr unsigned int s_evolutionVariantDomain = 2;
 constexpr unsigned int s_changeDomain = 2;
 constexpr unsigned int s_constantDomain = 3;
 
-long fileUnder(unsigned int domain, const QueltEeMultiModelExpression& expression, QueltInMap& map) {
-    const long result = map.Put(QueltInIntHolder(domain), expression);
-    return result < 0 ? s_trace.fail("ERROR : Put in map FAILED.", result) : result;
-}
-
-/// The expression that is the whole of a conversion: a new one in `slot`, with a copy of the constant.
-template <class Expression>
-long makeConstantExpression(Expression*& slot, const QueltEeNode& constant) {
-    slot = new Expression;
-    const long result = slot->setGlobalCriteria(constant.clone());
-    return result < 0 ? s_trace.fail("ERROR", result) : result;
+/// A change, or the negation of one, as it stands at the end of an operator's children in trees that are classified by
+/// the fixed rule.
+bool isChangeLeaf(const QueltEeNode& node) {
+    if (QueltEeEffLeaf::isObjectOfThisType(node) != 0) {
+        return true;
+    }
+    const QueltEeNotOp* const negation = QueltEeNotOp::cast(node);
+    const QueltEeNodeRef* const child = negation != nullptr ? negation->getChildRef() : nullptr;
+    const QueltEeNode* const negated = child != nullptr ? child->getNode() : nullptr;
+    return negated != nullptr && QueltEeEffLeaf::isObjectOfThisType(*negated) != 0;
 }
 
 } // namespace
@@ -43,7 +52,8 @@ QueltEeGenExprToEeMMExprVisitor::QueltEeGenExprToEeMMExprVisitor(unsigned char i
                                                                  const QueltEeExpressionContext& context,
                                                                  QueltEeBasicEff* basicEff)
     : m_isChange(isChange), m_pContext(&context), m_pBasicEff(basicEff),
-      m_listOfBasicEffs(QueltEeBasicEff::sType()) {
+      m_listOfBasicEffs(QueltEeBasicEff::sType()),
+      m_pBelongings(std::allocate_shared<quelt::Belongings>(QueltInAllocator<quelt::Belongings>())) {
     const quelt::MethodTrace scope(s_trace, "QueltEeGenExprToEeMMExprVisitor");
 }
 
@@ -68,52 +78,35 @@ QueltEeGenExprToEeMMExprVisitor::~QueltEeGenExprToEeMMExprVisitor() {
 }
 
 template <class Constant>
-long QueltEeGenExprToEeMMExprVisitor::visitConstant(Constant& node, const char* method) {
+long QueltEeGenExprToEeMMExprVisitor::convertConstant(Constant& node, const char* method) {
     const quelt::MethodTrace scope(s_trace, method);
     const bool atRoot = m_atRoot != 0;
     const bool isChange = m_isChange != 0;
     if (!atRoot && (isChange || !s_isRenumbering)) {
         return E_NOTIMPL;
     }
-    return isChange ? makeConstantExpression(m_pChangeExpression, node)
-                    : makeConstantExpression(m_pTrueFalseExpression, node);
+    QueltEeMultiModelExpression* expression = nullptr;
+    if (isChange) {
+        m_pBelongings->keep(m_pChangeExpression);
+        expression = m_pChangeExpression = new QueltEeChangeExpression;
+    } else {
+        m_pBelongings->keep(m_pTrueFalseExpression);
+        expression = m_pTrueFalseExpression = new QueltEeEffectivityExpression;
+    }
+    const long result = expression->setGlobalCriteria(node.clone());
+    return result < 0 ? s_trace.fail("ERROR", result) : result;
 }
 
 long QueltEeGenExprToEeMMExprVisitor::visitFalse(QueltEeFalse& node) {
-    return visitConstant(node, "visitFalse");
+    return convertConstant(node, "visitFalse");
 }
 
 long QueltEeGenExprToEeMMExprVisitor::visitTrue(QueltEeTrue& node) {
-    return visitConstant(node, "visitTrue");
-}
-
-long QueltEeGenExprToEeMMExprVisitor::visitAndOp(QueltEeAndOp& /*node*/) {
-    const quelt::MethodTrace scope(s_trace, "visitAndOp");
-    return E_NOTIMPL;
-}
-
-long QueltEeGenExprToEeMMExprVisitor::visitOrOp(QueltEeOrOp& /*node*/) {
-    const quelt::MethodTrace scope(s_trace, "visitOrOp");
-    return E_NOTIMPL;
+    return convertConstant(node, "visitTrue");
 }
 
 long QueltEeGenExprToEeMMExprVisitor::visitNotDomainOp(QueltEeNotDomainOp& /*node*/) {
     const quelt::MethodTrace scope(s_trace, "visitNotDomainOp");
-    return E_NOTIMPL;
-}
-
-long QueltEeGenExprToEeMMExprVisitor::visitNotOp(QueltEeNotOp& /*node*/) {
-    const quelt::MethodTrace scope(s_trace, "visitNotOp");
-    return E_NOTIMPL;
-}
-
-long QueltEeGenExprToEeMMExprVisitor::visitEffLeaf(QueltEeEffLeaf& /*leaf*/) {
-    const quelt::MethodTrace scope(s_trace, "visitEffLeaf");
-    return E_NOTIMPL;
-}
-
-long QueltEeGenExprToEeMMExprVisitor::visitVarEffLeaf(QueltEeVarEffLeaf& /*leaf*/) {
-    const quelt::MethodTrace scope(s_trace, "visitVarEffLeaf");
     return E_NOTIMPL;
 }
 
@@ -122,6 +115,97 @@ long QueltEeGenExprToEeMMExprVisitor::visitRestrictionEffLeaf(QueltEeRestriction
     return E_UNEXPECTED;
 }
 
+long QueltEeGenExprToEeMMExprVisitor::classify(QueltEeOperator& node,
+                                               QueltEVCClassification& classification) const {
+    if (!s_isOptimized) {
+        QueltCoreEVC_NodeClassifier classifier;
+        const long result = classifier.classify(*node.getNodeRef(), classification);
+        return result < 0 ? s_trace.fail("ERROR : classify FAILED", result) : result;
+    }
+    // Trees that this rule is meant for have their changes at the end, so the last child decides.
+    QueltInLinkList children(QueltInObject::sType());
+    node.getChildrenRefs(children);
+    bool isChange = false;
+    if (children.IsEmpty() == 0) {
+        const QueltEeNodeRef* const last = QueltEeNodeRef::cast(children.cLast().Get());
+        if (last == nullptr) {
+            return s_trace.fail("ERROR : unexpected failure for cast");
+        }
+        isChange = last->getNode() != nullptr && isChangeLeaf(*last->getNode());
+    }
+    // A negated change is nothing else; a group with a change at its end is still taken for evolution and variant as well.
+    const bool isNothingElse = isChange && QueltEeNotOp::isObjectOfThisType(node) != 0;
+    classification.setVariant(isNothingElse ? 0 : 1);
+    classification.setEvolution(isNothingElse ? 0 : 1);
+    classification.setHistory(0);
+    classification.setEffectivity(0);
+    classification.setChange(isChange ? 1 : 0);
+    return S_OK;
+}
+
+long QueltEeGenExprToEeMMExprVisitor::takeEvolutionVariant(QueltEeNode& node) {
+    m_inEVPart = 1;
+    if (m_atRoot == 0) {
+        m_p_EV_ChildNodeRef = node.getNodeRef();
+        return S_OK; // still in the part, for the operator above
+    }
+    const long result = analyzePureEVPart(node, 1);
+    if (result < 0) {
+        return s_trace.fail("ERROR : analyzePureEVPart Failed", result);
+    }
+    m_inEVPart = 0;
+    return result;
+}
+
+long QueltEeGenExprToEeMMExprVisitor::refuseChangeInChange() {
+    delete std::exchange(m_pChangeExpression, nullptr);
+    delete std::exchange(m_pMDSet, nullptr);
+    return s_trace.fail("ERROR : a Change Expression should not contain another change.");
+}
+
+long QueltEeGenExprToEeMMExprVisitor::analyzeStackOfChanges(QueltEeGroupOp& group) {
+    const long result = analyzeToFindOutOperationsStack(group);
+    return result < 0 ? s_trace.fail("ERROR : analyzeToFindOutOperationsStack FAILED.", result) : result;
+}
+
+QueltEeEffectivityExpression& QueltEeGenExprToEeMMExprVisitor::history() {
+    if (m_pHistoryExpression == nullptr) {
+        m_pHistoryExpression = new QueltEeEffectivityExpression;
+    }
+    return *m_pHistoryExpression;
+}
+
+QueltEeEffectivityExpression& QueltEeGenExprToEeMMExprVisitor::evolutionVariant() {
+    if (m_pEVExpression == nullptr) {
+        m_pEVExpression = new QueltEeEffectivityExpression;
+    }
+    return *m_pEVExpression;
+}
+
+long QueltEeGenExprToEeMMExprVisitor::fileHistoryAtRoot() {
+    const long result = history().setGlobalCriteria(m_p_History_ChildNodeRef);
+    if (result < 0) {
+        return s_trace.fail("ERROR : setGlobalCriteria FAILED", result);
+    }
+    m_pBelongings->handOver(m_p_History_ChildNodeRef);
+    m_p_History_ChildNodeRef = nullptr;
+    return result;
+}
+
+namespace {
+
+long fileUnder(unsigned int domain, const QueltEeMultiModelExpression& expression, QueltInMap& map,
+               quelt::Belongings& belongings) {
+    const long result = map.Put(QueltInIntHolder(domain), expression);
+    if (result < 0) {
+        return s_trace.fail("ERROR : Put in map FAILED.", result);
+    }
+    belongings.handOver(&expression);
+    return result;
+}
+
+} // namespace
+
 long QueltEeGenExprToEeMMExprVisitor::generateMapDomainIDToEeExpr(QueltInMap*& outputMap) {
     const quelt::MethodTrace scope(s_trace, "generateMapDomainIDToEeExpr");
     if (outputMap == nullptr) {
@@ -129,21 +213,26 @@ long QueltEeGenExprToEeMMExprVisitor::generateMapDomainIDToEeExpr(QueltInMap*& o
                                                                              : QueltEeEffectivityExpression::sType());
     }
     if (m_isChange != 0) {
-        return m_pChangeExpression == nullptr ? s_trace.fail("ERROR : no change expression generated")
-                                              : fileUnder(s_changeDomain, *m_pChangeExpression, *outputMap);
+        return m_pChangeExpression == nullptr
+                   ? s_trace.fail("ERROR : no change expression generated")
+                   : fileUnder(s_changeDomain, *m_pChangeExpression, *outputMap, *m_pBelongings);
     }
     if (m_pEVExpression == nullptr && m_pHistoryExpression == nullptr && m_pTrueFalseExpression == nullptr) {
         return s_trace.fail("ERROR : no effectivity expression generated");
     }
+    const std::pair<unsigned int, const QueltEeEffectivityExpression*> outputs[] = {
+        {s_evolutionVariantDomain, m_pEVExpression},
+        {s_historyDomain, m_pHistoryExpression},
+        {s_constantDomain, m_pTrueFalseExpression}};
     long result = S_OK;
-    if (m_pEVExpression != nullptr) {
-        result = fileUnder(s_evolutionVariantDomain, *m_pEVExpression, *outputMap);
-    }
-    if (result >= 0 && m_pHistoryExpression != nullptr) {
-        result = fileUnder(s_historyDomain, *m_pHistoryExpression, *outputMap);
-    }
-    if (result >= 0 && m_pTrueFalseExpression != nullptr) {
-        result = fileUnder(s_constantDomain, *m_pTrueFalseExpression, *outputMap);
+    for (const auto& [domain, expression] : outputs) {
+        if (expression == nullptr) {
+            continue;
+        }
+        result = fileUnder(domain, *expression, *outputMap, *m_pBelongings);
+        if (result < 0) {
+            return result;
+        }
     }
     return result;
 }

@@ -177,11 +177,11 @@ void QueltEeNode::contentsChanged() noexcept {
 }
 
 bool QueltEeNode::giveWayTo(QueltEeNodeRef* successor) noexcept {
-    if (m_pRef == nullptr) {
+    QueltEeNode* const node = successor->m_pNode;
+    if (m_pRef == nullptr || node == nullptr || node == this || successor->m_isHeld) {
         return false;
     }
     QueltEeNodeRef* const reference = std::exchange(m_pRef, nullptr);
-    QueltEeNode* const node = successor->m_pNode;
     if (successor->m_owns) {
         successor->m_pNode = nullptr;
         reference->ownNode(*node);

@@ -104,8 +104,9 @@ public:
     /// True when references other than the owning one hold the node.
     [[nodiscard]] bool hasAliases() const noexcept { return m_pAliases != nullptr; }
     /// Makes the reference that owns this node hold from then on what `successor` holds, in the same way
-    /// (owned or as an alias). Deletes `successor`, which stands alone, and this node. False, and nothing is
-    /// changed, when no reference owns this node: its successor would be out of reach.
+    /// (owned or as an alias); that must not stand above this node. Deletes `successor` and this node. False,
+    /// and nothing is changed, when no reference owns this node, for its successor would be out of reach, and
+    /// when `successor` holds no node or does not stand alone.
     bool giveWayTo(QueltEeNodeRef* successor) noexcept;
     /// True when `other` is this node or stands below it, through owning references or aliases. Takes time in
     /// the number of nodes above `other` or of those below this node, whichever is smaller.

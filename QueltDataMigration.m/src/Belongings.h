@@ -1,0 +1,54 @@
+#pragma once
+
+#include "infrastructure/QueltInMemory.h"
+#include "infrastructure/QueltInSmallVector.h"
+
+#include <unordered_set>
+
+class QueltEeGroupOp;
+class QueltEeNode;
+class QueltEeNodeRef;
+class QueltInObject;
+
+namespace quelt {
+
+/// What a conversion has made on its way and handed to nobody yet: groups that join nodes of the caller's tree, copies of
+/// date criteria, operations. Deleted with the object, unless handed over before.
+class Belongings {
+public:
+    Belongings() = default;
+    ~Belongings();
+    Belongings(const Belongings&) = delete;
+    Belongings& operator=(const Belongings&) = delete;
+
+    /// Keeps `object` (null is accepted) until it is handed over; gives it back.
+    template <class Object>
+    Object* keep(Object* object) {
+        add(object);
+        return object;
+    }
+    /// `object` (which may be unknown here, and null) is somebody else's from now on. True when it was kept here.
+    bool handOver(const QueltInObject* object);
+    /// Deletes `object` when it is kept here.
+    void remove(QueltInObject* object);
+
+    /// Deletes `group`, which was made here.
+    void removeGroup(QueltEeGroupOp& group);
+
+    /// A new group of the operator of `like`, without children. It stays here: other groups get aliases of it.
+    QueltEeGroupOp& makeGroup(bool isAnd);
+    /// A group that says what `group` says and to which children may be added without changing what the caller owns: `group`
+    /// itself when it was made here, else a new one with aliases of its children.
+    QueltEeGroupOp& makeExtensible(QueltEeGroupOp& group);
+
+private:
+    using Groups = std::unordered_set<const QueltEeNode*, std::hash<const QueltEeNode*>, std::equal_to<>,
+                                      QueltInAllocator<const QueltEeNode*>>;
+
+    void add(QueltInObject* object);
+
+    QueltInSmallVector<QueltInObject*, 8> m_objects; // what is handed over is nearly always the last that came
+    Groups m_groups;
+};
+
+} // namespace quelt

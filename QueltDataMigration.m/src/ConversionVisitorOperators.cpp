@@ -1,0 +1,180 @@
+// The visits of AND, OR and NOT.
+
+#include "ConversionVisitorParts.h"
+
+#include "expression/QueltEVCClassification.h"
+#include "expression/QueltEeMultiModelExpression.h"
+#include "expression/QueltEeOperators.h"
+
+using quelt::conversion::findChildNode;
+using quelt::conversion::s_isOptimized;
+using quelt::conversion::s_trace;
+
+namespace {
+
+bool isEvolutionOrVariant(const QueltEVCClassification& classification) {
+    return classification.isEvolution() != 0 || classification.isVariant() != 0;
+}
+
+/// Evolution, variant, change, and neither a date nor an inherited effectivity.
+bool isWithoutHistory(const QueltEVCClassification& classification) {
+    return (isEvolutionOrVariant(classification) || classification.isChange() != 0) &&
+           classification.isInheritedEff() == 0 && classification.isHistory() == 0;
+}
+
+bool isNothingButInherited(const QueltEVCClassification& classification) {
+    return classification.isInheritedEff() != 0 && !isEvolutionOrVariant(classification) &&
+           classification.isChange() == 0 && classification.isHistory() == 0;
+}
+
+} // namespace
+
+/// An inherited-effectivity child that was taken out of an AND, with its index in the original order.
+struct QueltEeGenExprToEeMMExprVisitor::TakenChild {
+    QueltEeNodeRef* reference;
+    unsigned int index;
+};
+
+long QueltEeGenExprToEeMMExprVisitor::visitAndOp(QueltEeAndOp& node) {
+    const quelt::MethodTrace scope(s_trace, "visitAndOp");
+    QueltEVCClassification classification(0);
+    const long result = classify(node, classification);
+    if (result < 0) {
+        return result;
+    }
+    if (isWithoutHistory(classification)) {
+        if (classification.isChange() == 0) {
+            return takeEvolutionVariant(node);
+        }
+        if (m_isChange != 0) {
+            return refuseChangeInChange();
+        }
+        s_trace.inform("Stack of changes");
+        return analyzeStackOfChanges(node);
+    }
+    if (classification.isInheritedEff() != 0) {
+        return convertWithInherited(node);
+    }
+    if (classification.isHistory() != 0) {
+        return convertHistory(node);
+    }
+    return s_trace.fail("ERROR: classification is nothing ???");
+}
+
+long QueltEeGenExprToEeMMExprVisitor::visitOrOp(QueltEeOrOp& node) {
+    const quelt::MethodTrace scope(s_trace, "visitOrOp");
+    QueltEVCClassification classification(0);
+    const long result = classify(node, classification);
+    if (result < 0) {
+        return result;
+    }
+    if (isWithoutHistory(classification)) {
+        if (classification.isChange() == 0) {
+            return takeEvolutionVariant(node);
+        }
+        return m_isChange != 0 ? refuseChangeInChange() : analyzeStackOfChanges(node);
+    }
+    if (classification.isHistory() != 0) {
+        return convertHistory(node);
+    }
+    return s_trace.fail(
+        "ERROR : classification is nothing ??? InhEff part in or op ? We should not be there...");
+}
+
+long QueltEeGenExprToEeMMExprVisitor::visitNotOp(QueltEeNotOp& node) {
+    const quelt::MethodTrace scope(s_trace, "visitNotOp");
+    if (s_isOptimized) {
+        s_trace.inform("CFG_DA_Migration_Optimization");
+    }
+    QueltEVCClassification classification(0);
+    long result = classify(node, classification);
+    if (result < 0) {
+        return result;
+    }
+    if (!isWithoutHistory(classification)) {
+        return classification.isHistory() != 0 ? convertHistory(node)
+                                               : s_trace.fail("ERROR : classification is nothing ???");
+    }
+    if (classification.isChange() == 0) {
+        return takeEvolutionVariant(node);
+    }
+    if (m_isChange != 0) {
+        return refuseChangeInChange();
+    }
+    if (isEvolutionOrVariant(classification)) {
+        return s_trace.fail("ERROR : do not know how to manage that case. Do not know what that configuration means...");
+    }
+    result = node.childrenAcceptVisitor(*this);
+    if (result < 0) {
+        return s_trace.fail("ERROR : childrenAcceptVisitor on NOT op FAILED", result);
+    }
+    if (m_pCurrentOperation != nullptr) {
+        m_pCurrentOperation->m_kind = QueltEeExpressionOperation::OperationKind::remove;
+    }
+    return result;
+}
+
+long QueltEeGenExprToEeMMExprVisitor::convertWithInherited(QueltEeAndOp& node) {
+    if (m_atRoot == 0) {
+        return s_trace.fail("ERROR : unexpected case");
+    }
+    if (m_isChange != 0) {
+        return s_trace.fail("ERROR : we are not supposed to have referenced effectivities in a change");
+    }
+    TakenChildren taken;
+    const long result = takeInheritedOut(node, taken);
+    if (result >= 0) {
+        // What is left is converted as if it were the whole; the outcome of that is not this visit's.
+        m_atRoot = 1;
+        static_cast<void>(node.acceptVisitor(*this));
+    }
+    putInheritedBack(node, taken);
+    m_pInhEffChildNodeRef = nullptr;
+    return result;
+}
+
+long QueltEeGenExprToEeMMExprVisitor::takeInheritedOut(QueltEeAndOp& node, TakenChildren& taken) {
+    long result = S_OK;
+    unsigned int index = 0;
+    auto children = node.getChildren().cBegin();
+    while (m_listOfBasicEffs.IsEmpty() != 0) {
+        QueltInObject* const element = children.GetGoToNext();
+        if (element == nullptr) {
+            break;
+        }
+        QueltEeNodeRef* const child = QueltEeNodeRef::cast(element);
+        if (child == nullptr || child->getNode() == nullptr) {
+            return s_trace.fail("ERROR: Retrieved element isn't a QueltEeNodeRef");
+        }
+        QueltEVCClassification classification(0);
+        QueltCoreEVC_NodeClassifier classifier;
+        result = classifier.classify(*child, classification);
+        if (result < 0) {
+            return s_trace.fail("ERROR: classify FAILED", result);
+        }
+        if (isNothingButInherited(classification)) {
+            result = exploreNodeRefToFindAllBasicEffs(*child->getNode());
+            if (result < 0) {
+                return s_trace.fail("ERROR : exploreNodeRefToFindAllBasicEffs failed", result);
+            }
+            result = node.getChildren().Remove(index - taken.size());
+            if (result < 0) {
+                return s_trace.fail("ERROR, Remove Child inh eff from list children failed", result);
+            }
+            m_pInhEffChildNodeRef = child;
+            m_inhEffChildIndex = index;
+            taken.push_back({child, index});
+        }
+        ++index;
+    }
+    // Without a child taken out, the second visit would come here again, and so for ever.
+    return taken.empty() ? s_trace.fail("ERROR : unexpected case") : result;
+}
+
+void QueltEeGenExprToEeMMExprVisitor::putInheritedBack(QueltEeAndOp& node, const TakenChildren& taken) {
+    for (const TakenChild& child : taken) {
+        if (node.getChildren().Set(child.index, *child.reference) < 0) {
+            delete child.reference;
+        }
+    }
+}
