@@ -24,6 +24,8 @@ endif()
 add_compile_options(
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion
     -fno-semantic-interposition
+    # Unique symbols would keep a library that was loaded at run time from ever being unloaded.
+    "$<$<CXX_COMPILER_ID:GNU>:-fno-gnu-unique>"
     # Trace lines name source files by their path in the repository, wherever it was built.
     "-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=")
 

@@ -16,6 +16,7 @@
 #include <vector>
 
 template class QueltInTyped<QueltEVCClassification, QueltInObject>;
+template class QueltInTyped<QueltCoreEVC_NodeClassifier, QueltInObject>;
 
 QueltEVCClassification::QueltEVCClassification(unsigned char all) noexcept : m_flags(all != 0 ? s_all : 0) {}
 
@@ -36,8 +37,6 @@ QueltInString QueltEVCClassification::toString() const {
     }
     return m_flags != 0 ? text.take() : QueltInString("none");
 }
-
-QueltCoreEVC_NodeClassifier::~QueltCoreEVC_NodeClassifier() = default;
 
 // What is kept with a node: that something is known, and either why the subtree is refused or which kinds it
 // holds.

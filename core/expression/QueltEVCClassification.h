@@ -57,9 +57,10 @@ extern template class QueltInTyped<QueltEVCClassification, QueltInObject>;
 
 /// Classifies subtrees. What it finds is kept with the nodes, so that classifying a subtree again costs
 /// nothing while the subtree has not changed.
-class QUELT_CORE_API QueltCoreEVC_NodeClassifier {
+class QUELT_CORE_API QueltCoreEVC_NodeClassifier : public QueltInTyped<QueltCoreEVC_NodeClassifier, QueltInObject> {
 public:
-    virtual ~QueltCoreEVC_NodeClassifier();
+    static constexpr const char* s_className = "QueltCoreEVC_NodeClassifier";
+
     /// Adds to `classification` the kinds that the subtree holds. Options and selections are variant, serial
     /// and tree series evolution, dates history; an effectivity leaf is change when it refers to a predefined
     /// effectivity, inherited effectivity for a basic one, effectivity for another; constants and leaves that
@@ -74,3 +75,4 @@ private:
     [[nodiscard]] static std::uint16_t kindOf(const QueltEeNode& node);
     [[nodiscard]] static std::uint16_t find(const QueltEeNode& root);
 };
+extern template class QueltInTyped<QueltCoreEVC_NodeClassifier, QueltInObject>;

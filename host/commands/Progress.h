@@ -15,10 +15,10 @@ namespace quelt::host {
 
 /// How far a run has come, for one line of text.
 struct ProgressState {
-    Counts counts;
+    Counts counts = {};
     double seconds = 0;
     /// Between 0 and 1, when the size of the input is known.
-    std::optional<double> share;
+    std::optional<double> share = {};
 };
 
 /// "12,345 records, 8,230/s, 41 % done, 0:02 left, 3 failed, 1 malformed".

@@ -13,13 +13,13 @@ namespace quelt::host {
 
 /// What came of one record.
 struct Answer {
-    std::string_view id;
+    std::string_view id = {};
     /// The service's result.
     long result = 0;
     /// What the conversion filed, from QueltInIntHolder to expressions; may be null.
     const QueltInMap* map = nullptr;
     /// Everything that was traced meanwhile.
-    std::span<const QueltInTraceLine> lines;
+    std::span<const QueltInTraceLine> lines = {};
     /// The expression as the conversion left it, when the answer shall show it, else null.
     const QueltEeGenericExpression* input = nullptr;
     /// Whether the answer shall show the trace.

@@ -81,7 +81,7 @@ TEST_F(RecordConverterTest, answersMalformedLinesWithTheirNumber) {
               R"({"line":19,"id":"P-2","malformed":"not JSON at column 23: expected a value"})"
               "\n"
               R"({"line":20,"id":"P-3","malformed":"not JSON at column 23: the text ends too early )"
-              R"((the input's last line, without a line end)"})"
+              R"-((the input's last line, without a line end)"})-"
               "\n"
               R"({"line":21,"malformed":"longer than 64 MiB"})"
               "\n"

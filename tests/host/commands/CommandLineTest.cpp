@@ -1,0 +1,224 @@
+// The command line with streams in memory; ProcessTest runs the program itself.
+
+#include "commands/CommandLine.h"
+
+#include "host/support/MemoryStreams.h"
+#include "host/support/Samples.h"
+#include "host/support/TemporaryFolder.h"
+
+#include <gmock/gmock.h>
+#include <sstream>
+
+namespace quelt::host {
+namespace {
+
+using test::sampleContext;
+using test::TextSink;
+using test::TextSource;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+class CommandLineTest : public testing::Test {
+protected:
+    int run(std::vector<std::string> arguments, std::string_view input = {}) {
+        TextSource source(input);
+        Console console{.input = source, .output = output, .messages = messages};
+        return static_cast<int>(runCommandLine(std::move(arguments), console));
+    }
+    int convert(std::vector<std::string> more, std::string_view input = {}) {
+        std::vector<std::string> arguments{"convert", "--context", context};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        return run(arguments, input);
+    }
+
+    test::TemporaryFolder folder;
+    std::string context = folder.write("context.json", sampleContext());
+    TextSink output;
+    std::ostringstream messages;
+};
+
+constexpr const char* s_record = R"({"id":"P-1","tree":true})"
+                                 "\n";
+constexpr const char* s_answer =
+    R"({"id":"P-1","result":0,"map":[{"domain":3,"expression":{"kind":"effectivity","global":true}}]})"
+    "\n";
+
+TEST_F(CommandLineTest, helpAndVersion) {
+    EXPECT_EQ(run({"--version"}), 0);
+    EXPECT_EQ(output.text(), "quelt-migrate " QUELT_VERSION "\n");
+    EXPECT_EQ(run({"--help"}), 0);
+    EXPECT_THAT(output.text(), HasSubstr("convert"));
+    EXPECT_THAT(output.text(), HasSubstr("CGE_MigRen"));
+    EXPECT_EQ(run({"convert", "--help"}), 0);
+    EXPECT_THAT(output.text(), HasSubstr("--context FILE REQUIRED"));
+    EXPECT_THAT(output.text(), HasSubstr("--with-input"));
+    EXPECT_THAT(output.text(), HasSubstr("Exit status"));
+    EXPECT_EQ(messages.str(), "");
+}
+
+TEST_F(CommandLineTest, unusableCommandLines) {
+    const std::vector<std::vector<std::string>> commandLines{
+        {},
+        {"convrt"},
+        {"convert"},
+        {"convert", "--context"},
+        {"convert", "--context", context, "--what"},
+        {"convert", "--context", context, "a", "b"},
+        {"convert", "--context", context, "--jobs", "x"},
+        {"convert", "--context", context, "--jobs", "-1"},
+        {"convert", "--context", context, "--jobs", "257"},
+        {"convert", "--context", context, "--context", context}};
+    for (const auto& arguments : commandLines) {
+        messages.str("");
+        EXPECT_EQ(run(arguments, s_record), 2) << testing::PrintToString(arguments);
+        EXPECT_NE(messages.str(), "") << testing::PrintToString(arguments);
+    }
+    EXPECT_EQ(output.text(), "");
+}
+
+TEST_F(CommandLineTest, branchIsNotSupportedYet) {
+    EXPECT_EQ(convert({"--branch"}, s_record), 2);
+    EXPECT_EQ(messages.str(), "quelt-migrate: --branch is not supported yet\n");
+    EXPECT_EQ(output.text(), "");
+}
+
+TEST_F(CommandLineTest, convertsStandardInput) {
+    EXPECT_EQ(convert({}, s_record), 0);
+    EXPECT_EQ(output.text(), s_answer);
+    EXPECT_THAT(messages.str(), StartsWith("1 record in "));
+    EXPECT_EQ(convert({"-"}, s_record), 0);
+    EXPECT_EQ(output.text(), std::string(s_answer) + s_answer);
+}
+
+TEST_F(CommandLineTest, convertsFiles) {
+    const std::string records = folder.write("records.ndjson", s_record);
+    EXPECT_EQ(convert({records, "-o", folder.path("answers.ndjson")}), 0);
+    EXPECT_EQ(folder.read("answers.ndjson"), s_answer);
+    EXPECT_EQ(output.text(), "");
+    EXPECT_EQ(convert({records, "-o", "-"}), 0);
+    EXPECT_EQ(output.text(), s_answer);
+}
+
+TEST_F(CommandLineTest, optionsReachTheAnswers) {
+    EXPECT_EQ(convert({"--with-input", "--trace"}, s_record), 0);
+    EXPECT_THAT(output.text(), HasSubstr(R"("input":{"tree":true})"));
+    EXPECT_THAT(output.text(), HasSubstr(R"("trace":[{"class":)"));
+}
+
+TEST_F(CommandLineTest, exitStatusTellsWhetherAllConverted) {
+    EXPECT_EQ(convert({}, ""), 0);
+    EXPECT_EQ(convert({}, R"({"id":"x","list":[]})"), 0);
+    EXPECT_EQ(convert({}, R"({"id":"x","tree":null})"), 1);
+    EXPECT_EQ(convert({}, R"({"id":"x"})"), 1);
+    for (const char* const jobs : {"0", "1", "2", "256"}) {
+        EXPECT_EQ(convert({"--jobs", jobs}, std::string(s_record) + "x"), 1);
+        EXPECT_EQ(convert({"--jobs", jobs}, s_record), 0);
+    }
+}
+
+TEST_F(CommandLineTest, contextThatIsNotJsonIsRefusedWithItsPosition) {
+    context = folder.write("bad.json", "\xEF\xBB\xBF{\"format\": \"quelt-context/1\",\r\n \"dictionaries\": [{]}");
+    EXPECT_EQ(convert({}, s_record), 2);
+    EXPECT_EQ(messages.str(), "quelt-migrate: " + context +
+                                  ":2:20: not JSON: expected a key in double quotes in /dictionaries/0\n");
+    EXPECT_EQ(output.text(), "");
+}
+
+TEST_F(CommandLineTest, contextsThatCannotBeUsedAreRefused) {
+    const auto refusal = [this](std::string_view text) {
+        context = folder.write("bad.json", text);
+        messages.str("");
+        EXPECT_EQ(convert({}, s_record), 2);
+        std::string message = messages.str();
+        const std::string prefix = "quelt-migrate: " + context;
+        EXPECT_THAT(message, StartsWith(prefix));
+        return message.substr(prefix.size());
+    };
+    EXPECT_EQ(refusal(""), ":1:1: not JSON: nothing to read\n");
+    EXPECT_EQ(refusal("\xEF\xBB\xBF"), ":1:1: not JSON: nothing to read\n");
+    EXPECT_EQ(refusal("{\n\"format\": \"\xFF\"}"), ":2:12: not JSON: not UTF-8\n");
+    EXPECT_EQ(refusal(std::string("\xFF\xFE{\0}\0", 6)), ":1:1: not JSON: not UTF-8\n");
+    EXPECT_EQ(refusal("{\"format\": 1e999}"), ":1:12: not JSON: number out of range in /format\n");
+    EXPECT_EQ(refusal("{}"), ": missing key 'format' at the root\n");
+    EXPECT_EQ(refusal("{\"\\u001b[2J\": 1}"), ": unknown key '?[2J' at /?[2J\n");
+    EXPECT_EQ(output.text(), "");
+}
+
+TEST_F(CommandLineTest, filesThatCannotBeReadAreRefused) {
+    EXPECT_EQ(convert({folder.path("missing")}), 2);
+    EXPECT_EQ(convert({folder.path()}), 2);
+    const std::string good = std::exchange(context, folder.path("missing"));
+    EXPECT_EQ(convert({}, s_record), 2);
+    context = folder.path();
+    EXPECT_EQ(convert({}, s_record), 2);
+    context = good;
+    EXPECT_EQ(convert({"-o", folder.path()}, s_record), 2);
+    EXPECT_EQ(convert({"-o", folder.path("missing/answers")}, s_record), 2);
+    const std::string prefix = "quelt-migrate: cannot ";
+    EXPECT_EQ(messages.str(), prefix + "read the records " + folder.path("missing") + ": No such file or directory\n" +
+                                  prefix + "read the records " + folder.path() + ": Is a directory\n" + prefix +
+                                  "read the context " + folder.path("missing") + ": No such file or directory\n" +
+                                  prefix + "read the context " + folder.path() + ": Is a directory\n" + prefix +
+                                  "write the answers " + folder.path() + ": Is a directory\n" + prefix +
+                                  "write the answers " + folder.path("missing/answers") +
+                                  ": No such file or directory\n");
+    EXPECT_EQ(output.text(), "");
+}
+
+TEST_F(CommandLineTest, answersOverwriteNothingThatIsRead) {
+    const std::string records = folder.write("records.ndjson", s_record);
+    const std::string link = folder.path("link.ndjson");
+    std::filesystem::create_hard_link(records, link);
+    EXPECT_EQ(convert({records, "-o", records}), 2);
+    EXPECT_EQ(convert({records, "-o", link}), 2);
+    EXPECT_EQ(convert({records, "-o", folder.path("./records.ndjson")}), 2);
+    EXPECT_EQ(convert({records, "-o", context}), 2);
+    EXPECT_EQ(folder.read("records.ndjson"), s_record);
+    EXPECT_EQ(folder.read("context.json"), sampleContext());
+    EXPECT_EQ(messages.str(), "quelt-migrate: the answers would overwrite the records\n"
+                              "quelt-migrate: the answers would overwrite the records\n"
+                              "quelt-migrate: the answers would overwrite the records\n"
+                              "quelt-migrate: the answers would overwrite the context\n");
+}
+
+TEST_F(CommandLineTest, badContextLeavesTheAnswersOfBeforeAlone) {
+    const std::string answers = folder.write("answers.ndjson", "old\n");
+    context = folder.write("bad.json", "{}");
+    EXPECT_EQ(convert({"-o", answers}, s_record), 2);
+    EXPECT_EQ(folder.read("answers.ndjson"), "old\n");
+}
+
+TEST_F(CommandLineTest, failuresWhileReadingAndWriting) {
+    const auto runWith = [this](ByteSource& source, ByteSink& sink) {
+        Console console{.input = source, .output = sink, .messages = messages};
+        return static_cast<int>(runCommandLine({"convert", "--context", context}, console));
+    };
+    TextSource nothing("", 100, EISDIR);
+    EXPECT_EQ(runWith(nothing, output), 2);
+    EXPECT_EQ(messages.str(), "quelt-migrate: cannot read the records: Is a directory\n");
+    messages.str("");
+    TextSource something(s_record, 100, EIO);
+    EXPECT_EQ(runWith(something, output), 1);
+    EXPECT_EQ(output.text(), s_answer);
+    EXPECT_THAT(messages.str(), StartsWith("quelt-migrate: cannot read the records: Input/output error\n1 record in "));
+    messages.str("");
+    TextSource good(s_record);
+    TextSink full(10);
+    EXPECT_EQ(runWith(good, full), 1);
+    EXPECT_EQ(messages.str(), "quelt-migrate: cannot write the answers: No space left on device\n");
+}
+
+TEST_F(CommandLineTest, saysThatItReadsFromATerminal) {
+    TextSource source(s_record);
+    Console console{.input = source, .output = output, .messages = messages, .inputIsTerminal = true};
+    EXPECT_EQ(runCommandLine({"convert", "--context", context}, console), ExitStatus::success);
+    EXPECT_THAT(messages.str(),
+                StartsWith("quelt-migrate: reading records from the terminal, one JSON object a line; Ctrl-D ends\n"));
+    messages.str("");
+    const std::string records = folder.write("records.ndjson", s_record);
+    EXPECT_EQ(runCommandLine({"convert", "--context", context, records}, console), ExitStatus::success);
+    EXPECT_THAT(messages.str(), StartsWith("1 record in "));
+}
+
+} // namespace
+} // namespace quelt::host

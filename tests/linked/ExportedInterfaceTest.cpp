@@ -1,0 +1,57 @@
+// Uses everything that the module's headers offer, through the shared library: what is not exported does not link.
+
+#include "QueltDataMigration.h"
+#include "QueltEeGenExprToEeMMExprVisitor.h"
+#include "QueltEeTarselMigrationServices.h"
+
+#include "expression/QueltEeExpressionContext.h"
+#include "expression/QueltEeGenericExpression.h"
+#include "expression/QueltEeLeaves.h"
+#include "expression/QueltEeMultiModelExpression.h"
+#include "infrastructure/QueltInIntHolder.h"
+#include "infrastructure/QueltInMap.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using Visitor = QueltEeGenExprToEeMMExprVisitor;
+
+TEST(ExportedInterface, convertsAnExpression) {
+    const QueltEeExpressionContext context;
+    const QueltEeGenericExpression expression((new QueltEeTrue)->getNodeRef());
+    QueltInMap* map = nullptr;
+    ASSERT_EQ(QueltEeTarselMigrationServices::ConvertEeGenericExprToEeExpr(expression, context, 0, map, nullptr), S_OK);
+    ASSERT_EQ(map->GetLength(), 1);
+    EXPECT_NE(QueltEeEffectivityExpression::cast(map->Get(QueltInIntHolder(3))), nullptr)
+        << "module and host agree on the classes of the core";
+    QueltInDeleteWithObjects(map);
+}
+
+TEST(ExportedInterface, offersTheVisitorWithItsPartInTheTypeRegistry) {
+    const QueltEeExpressionContext context;
+    Visitor visitor(0, context, nullptr);
+    const Visitor copy(visitor);
+    QueltInObject& object = visitor;
+    const QueltInObject& constant = copy;
+    EXPECT_EQ(object.dType(), Visitor::sType());
+    EXPECT_NE(Visitor::isObjectOfThisType(object), 0);
+    EXPECT_EQ(Visitor::cast(object), &visitor);
+    EXPECT_EQ(Visitor::cast(constant), &copy);
+    EXPECT_EQ(Visitor::cast(&object), &visitor);
+    EXPECT_EQ(Visitor::cast(&constant), &copy);
+    QueltEeFalse node;
+    EXPECT_EQ(node.acceptVisitor(visitor), S_OK);
+    QueltInMap* map = nullptr;
+    EXPECT_EQ(visitor.generateMapDomainIDToEeExpr(map), S_OK);
+    QueltInDeleteWithObjects(map);
+}
+
+TEST(ExportedInterface, hasItsMarkerAndTheServicesAssignment) {
+    QueltDataMigration();
+    QueltEeTarselMigrationServices services;
+    const QueltEeTarselMigrationServices other;
+    EXPECT_EQ(&(services = other), &services);
+}
+
+} // namespace
