@@ -17,7 +17,8 @@
 #include <string>
 #include <vector>
 
-// One specification list of twelve criteria: converted, and, for comparison, copied, with an arena and on the heap.
+// One specification list of twelve criteria: converted, and, for comparison, copied, with an arena and on the
+// heap.
 
 namespace {
 

@@ -10,8 +10,8 @@
 #include <random>
 #include <vector>
 
-// A type test against the comparison of an integer tag, over objects of four classes, shuffled and grouped by class. The
-// stream is long enough that the branch predictor does not learn the answers.
+// A type test against the comparison of an integer tag, over objects of four classes, shuffled and grouped by
+// class. The stream is long enough that the branch predictor does not learn the answers.
 
 namespace {
 

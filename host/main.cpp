@@ -13,7 +13,8 @@ namespace {
 bool areColoursWanted() {
     const char* const noColor = std::getenv("NO_COLOR");
     const char* const terminal = std::getenv("TERM");
-    return (noColor == nullptr || *noColor == '\0') && terminal != nullptr && std::string_view(terminal) != "dumb";
+    return (noColor == nullptr || *noColor == '\0') && terminal != nullptr &&
+           std::string_view(terminal) != "dumb";
 }
 
 } // namespace

@@ -31,11 +31,13 @@ class QueltEeVarEff;
 class QueltInMap;
 class QueltInSet;
 
-/// Walks the tree of one generic expression and builds the multi-model expressions from it: one change expression when a
-/// change is converted, up to three effectivity expressions otherwise. It is used once: construct it, let the root node
-/// accept it, and, when that succeeded, call generateMapDomainIDToEeExpr. One thread, one conversion.
+/// Walks the tree of one generic expression and builds the multi-model expressions from it: one change
+/// expression when a change is converted, up to three effectivity expressions otherwise. It is used once:
+/// construct it, let the root node accept it, and, when that succeeded, call generateMapDomainIDToEeExpr. One
+/// thread, one conversion.
 ///
-/// The visitor owns nothing: outputs that were not filed, and what a failed walk leaves behind, are not deleted with it.
+/// The visitor owns nothing: outputs that were not filed, and what a failed walk leaves behind, are not
+/// deleted with it.
 class QUELT_DATA_MIGRATION_API QueltEeGenExprToEeMMExprVisitor
     : public QueltInTyped<QueltEeGenExprToEeMMExprVisitor, QueltEeNodeVisitor> {
 public:
@@ -53,12 +55,12 @@ public:
 
     // Called by the nodes' acceptVisitor.
 
-    /// The constants. They are converted at the root, and, with CGE_MigRen, anywhere in an effectivity; E_NOTIMPL
-    /// otherwise.
+    /// The constants. They are converted at the root, and, with CGE_MigRen, anywhere in an effectivity;
+    /// E_NOTIMPL otherwise.
     long visitFalse(QueltEeFalse& node) override;
     long visitTrue(QueltEeTrue& node) override;
-    /// Splits a conjunction into its dates, its changes and its evolution/variant part. E_FAIL for what cannot be split; the result of
-    /// the part that failed.
+    /// Splits a conjunction into its dates, its changes and its evolution/variant part. E_FAIL for what
+    /// cannot be split; the result of the part that failed.
     long visitAndOp(QueltEeAndOp& node) override;
     /// As visitAndOp, for a disjunction: its changes are alternatives.
     long visitOrOp(QueltEeOrOp& node) override;
@@ -66,20 +68,24 @@ public:
     long visitNotDomainOp(QueltEeNotDomainOp& node) override;
     /// As visitAndOp, for a negation: a change is taken away.
     long visitNotOp(QueltEeNotOp& node) override;
-    /// A change becomes an operation; a basic effectivity, which may only stand alone, is expanded in its dictionaries.
+    /// A change becomes an operation; a basic effectivity, which may only stand alone, is expanded in its
+    /// dictionaries.
     long visitEffLeaf(QueltEeEffLeaf& leaf) override;
-    /// A criterion is filed under each dictionary that holds its variable; below the root it is collected for the operator
-    /// above. Serial intervals are rewritten in place.
+    /// A criterion is filed under each dictionary that holds its variable; below the root it is collected for
+    /// the operator above. Serial intervals are rewritten in place.
     long visitVarEffLeaf(QueltEeVarEffLeaf& leaf) override;
     /// E_UNEXPECTED: a generic expression has no restrictions.
     long visitRestrictionEffLeaf(QueltEeRestrictionEffLeaf& leaf) override;
 
-    /// Files what the walk built: for a change, the change expression under 2; else the evolution/variant expression under
-    /// 2, the history expression under 1 and the constant one under 3, in that order, each when there is one.
+    /// Files what the walk built: for a change, the change expression under 2; else the evolution/variant
+    /// expression under 2, the history expression under 1 and the constant one under 3, in that order, each
+    /// when there is one.
     ///
-    /// @param outputMap the map to file into; when null, a new one is made, which the caller owns. The expressions
+    /// @param outputMap the map to file into; when null, a new one is made, which the caller owns. The
+    /// expressions
     ///        belong to the map's owner from then on.
-    /// @return the last filing's result; E_FAIL when there is nothing to file; a negative filing result ends the operation, what
+    /// @return the last filing's result; E_FAIL when there is nothing to file; a negative filing result ends
+    /// the operation, what
     ///         was filed before stays.
     long generateMapDomainIDToEeExpr(QueltInMap*& outputMap);
 
@@ -123,19 +129,21 @@ private:
 
     // Evolution/variant parts, and the criteria of single leaves.
     long analyzePureEVPart(QueltEeNode& node, unsigned char clone);
-    long findApplyingDictionaries(QueltEeNode& node, QueltEeGetApplyingMDsVisitor& finder, QueltInSet*& related,
-                                  QueltInSet*& notRelated) const;
+    long findApplyingDictionaries(QueltEeNode& node, QueltEeGetApplyingMDsVisitor& finder,
+                                  QueltInSet*& related, QueltInSet*& notRelated) const;
     long fileUnderEach(const QueltInSet& dictionaries, QueltEeNode& node, unsigned char clone);
     long fileCriterion(const QueltEeModelDico& dictionary, QueltEeNodeRef* own);
 
     // Inherited effectivities.
     long convertBasicEff(QueltEeBasicEff& effectivity);
     long fileInherited(const QueltEeBasicEff& effectivity, const QueltEeNode* constant);
-    long findInheritingDictionaries(const QueltEeBasicEff& effectivity, const QueltInMap*& dictionaries) const;
+    long findInheritingDictionaries(const QueltEeBasicEff& effectivity,
+                                    const QueltInMap*& dictionaries) const;
     long exploreNodeRefToFindAllBasicEffs(QueltEeNode& node);
     long listBasicEff(QueltEeEffLeaf& leaf, const char* wrongTarget);
     long generateInheritedNodeRefForDico(const QueltEeModelDico& dico, QueltEeNodeRef*& result);
-    long addInheritedLeaves(QueltEeBasicEff& effectivity, const QueltEeModelDico& dico, QueltEeOrOp& leaves) const;
+    long addInheritedLeaves(QueltEeBasicEff& effectivity, const QueltEeModelDico& dico,
+                            QueltEeOrOp& leaves) const;
 
     // Leaves with variable effectivities.
     long convertChange(QueltEePredefEff& effectivity);

@@ -7,11 +7,11 @@ class QueltEeExpressionContext;
 class QueltEeGenericExpression;
 class QueltInMap;
 
-/// The migration services. They keep no state between calls; any number of threads may call them at once, each with its
-/// own expressions, and may share a context.
+/// The migration services. They keep no state between calls; any number of threads may call them at once,
+/// each with its own expressions, and may share a context.
 ///
-/// The environment variables CGE_MigRen and CFG_DA_Migration_Optimization are read once, when the module is loaded; only
-/// whether they are set counts.
+/// The environment variables CGE_MigRen and CFG_DA_Migration_Optimization are read once, when the module is
+/// loaded; only whether they are set counts.
 class QUELT_DATA_MIGRATION_API QueltEeTarselMigrationServices {
 public:
     /// Returns the object itself; there is nothing to copy.
@@ -19,29 +19,36 @@ public:
 
     /// Converts a generic expression into expressions of the multi-model kind, by domain.
     ///
-    /// A specification list becomes at most two QueltEeFilterExpression: under the key 1 the dates, without dictionary;
-    /// under 2 all other criteria and the named effectivities, in one dictionary. A tree becomes, with `change` zero, up to
-    /// three QueltEeEffectivityExpression: under 2 the evolution/variant part, under 1 the history part, under 3 an
-    /// expression that is constant; with `change` non-zero, one QueltEeChangeExpression under 2.
+    /// A specification list becomes at most two QueltEeFilterExpression: under the key 1 the dates, without
+    /// dictionary; under 2 all other criteria and the named effectivities, in one dictionary. A tree becomes,
+    /// with `change` zero, up to three QueltEeEffectivityExpression: under 2 the evolution/variant part,
+    /// under 1 the history part, under 3 an expression that is constant; with `change` non-zero, one
+    /// QueltEeChangeExpression under 2.
     ///
-    /// @param genericExpr what to convert. Its structure is left as it is; the intervals of serial effectivities on series of the
-    ///        external types 12 and 14 are rewritten in place, each finite bound one lower, and, with CGE_MigRen, through the
-    ///        model years of the series' revision table.
+    /// @param genericExpr what to convert. Its structure is left as it is; the intervals of serial
+    /// effectivities on series of the
+    ///        external types 12 and 14 are rewritten in place, each finite bound one lower, and, with
+    ///        CGE_MigRen, through the model years of the series' revision table.
     /// @param context the dictionaries; read only.
     /// @param change non-zero when the tree is a change. Lists ignore it.
-    /// @param outputMap receives a new map, from QueltInIntHolder to the expressions, before any other work is done, and
-    ///        also when the conversion fails: then with what was filed so far. The caller owns the map and the expressions
-    ///        in it (QueltInDeleteWithObjects); what the pointer held before is overwritten, never deleted.
-    /// @param basicEff the basic effectivity on whose behalf the conversion runs, or null: it confines the dictionaries in
+    /// @param outputMap receives a new map, from QueltInIntHolder to the expressions, before any other work
+    /// is done, and
+    ///        also when the conversion fails: then with what was filed so far. The caller owns the map and
+    ///        the expressions in it (QueltInDeleteWithObjects); what the pointer held before is overwritten,
+    ///        never deleted.
+    /// @param basicEff the basic effectivity on whose behalf the conversion runs, or null: it confines the
+    /// dictionaries in
     ///        which features are looked for. Lists ignore it.
-    /// @return not negative on success. E_FAIL when a check of the service failed; otherwise the negative result of the
-    ///         operation that failed, as it stands: E_NOTIMPL for what is deliberately not converted, E_UNEXPECTED for a
-    ///         restriction leaf, the core's own codes for what the core refused. Every failure but those two is traced.
-    ///         With the trace activated the map obtained from a tree is printed, and a map that cannot be
-    ///         printed makes the call fail with E_FAIL although it is complete.
+    /// @return not negative on success. E_FAIL when a check of the service failed; otherwise the negative
+    /// result of the
+    ///         operation that failed, as it stands: E_NOTIMPL for what is deliberately not converted,
+    ///         E_UNEXPECTED for a restriction leaf, the core's own codes for what the core refused. Every
+    ///         failure but those two is traced. With the trace activated the map obtained from a tree is
+    ///         printed, and a map that cannot be printed makes the call fail with E_FAIL although it is
+    ///         complete.
     ///
-    /// After a failure, what had been built and not filed belongs to nobody; open a QueltInArenaScope around the call to get
-    /// it back.
+    /// After a failure, what had been built and not filed belongs to nobody; open a QueltInArenaScope around
+    /// the call to get it back.
     static long ConvertEeGenericExprToEeExpr(const QueltEeGenericExpression& genericExpr,
                                              const QueltEeExpressionContext& context, unsigned char change,
                                              QueltInMap*& outputMap, QueltEeBasicEff* basicEff);

@@ -38,8 +38,8 @@ void Belongings::removeGroup(QueltEeGroupOp& group) {
 }
 
 QueltEeGroupOp& Belongings::makeGroup(bool isAnd) {
-    QueltEeGroupOp* const group =
-        isAnd ? static_cast<QueltEeGroupOp*>(new QueltEeAndOp) : static_cast<QueltEeGroupOp*>(new QueltEeOrOp);
+    QueltEeGroupOp* const group = isAnd ? static_cast<QueltEeGroupOp*>(new QueltEeAndOp)
+                                        : static_cast<QueltEeGroupOp*>(new QueltEeOrOp);
     add(group->getNodeRef()->takeFor(nullptr));
     m_groups.insert(group);
     return *group;

@@ -12,8 +12,8 @@ class QueltInObject;
 
 namespace quelt {
 
-/// What a conversion has made on its way and handed to nobody yet: groups that join nodes of the caller's tree, copies of
-/// date criteria, operations. Deleted with the object, unless handed over before.
+/// What a conversion has made on its way and handed to nobody yet: groups that join nodes of the caller's
+/// tree, copies of date criteria, operations. Deleted with the object, unless handed over before.
 class Belongings {
 public:
     Belongings() = default;
@@ -27,7 +27,8 @@ public:
         add(object);
         return object;
     }
-    /// `object` (which may be unknown here, and null) is somebody else's from now on. True when it was kept here.
+    /// `object` (which may be unknown here, and null) is somebody else's from now on. True when it was kept
+    /// here.
     bool handOver(const QueltInObject* object);
     /// Deletes `object` when it is kept here.
     void remove(QueltInObject* object);
@@ -35,10 +36,11 @@ public:
     /// Deletes `group`, which was made here.
     void removeGroup(QueltEeGroupOp& group);
 
-    /// A new group of the operator of `like`, without children. It stays here: other groups get aliases of it.
+    /// A new group of the operator of `like`, without children. It stays here: other groups get aliases of
+    /// it.
     QueltEeGroupOp& makeGroup(bool isAnd);
-    /// A group that says what `group` says and to which children may be added without changing what the caller owns: `group`
-    /// itself when it was made here, else a new one with aliases of its children.
+    /// A group that says what `group` says and to which children may be added without changing what the
+    /// caller owns: `group` itself when it was made here, else a new one with aliases of its children.
     QueltEeGroupOp& makeExtensible(QueltEeGroupOp& group);
 
 private:
@@ -47,7 +49,8 @@ private:
 
     void add(QueltInObject* object);
 
-    QueltInSmallVector<QueltInObject*, 8> m_objects; // what is handed over is nearly always the last that came
+    QueltInSmallVector<QueltInObject*, 8>
+        m_objects; // what is handed over is nearly always the last that came
     Groups m_groups;
 };
 

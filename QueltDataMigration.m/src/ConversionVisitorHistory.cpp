@@ -84,8 +84,8 @@ long QueltEeGenExprToEeMMExprVisitor::convertHistory(QueltEeAndOp& node) {
 
 void QueltEeGenExprToEeMMExprVisitor::joinForAnd(QueltEeNodeRef* previousEV, QueltEeGroupOp*& created) {
     QueltEeNodeRef* const produced = m_p_EV_ChildNodeRef;
-    s_trace.writeMessage("m_p_EV_ChildNodeRef : ", static_cast<const void*>(produced), ", back-up : ",
-                         static_cast<const void*>(previousEV));
+    s_trace.writeMessage("m_p_EV_ChildNodeRef : ", static_cast<const void*>(produced),
+                         ", back-up : ", static_cast<const void*>(previousEV));
     if (produced == nullptr || previousEV == nullptr || produced == previousEV) {
         s_trace.writeMessage("Reassigning back up to EV part");
         if (previousEV != nullptr) {

@@ -40,8 +40,9 @@ long QueltEeGenExprToEeMMExprVisitor::visitEffLeaf(QueltEeEffLeaf& leaf) {
     }
     if (m_atRoot == 0 || m_listOfBasicEffs.IsEmpty() == 0 || m_pEVExpression != nullptr ||
         m_pInhEffChildNodeRef != nullptr || m_inhEffChildIndex != s_noChildTaken) {
-        return s_trace.fail("ERROR : with hypothesis for this algorithm, and current implementation, it is unexpected "
-                            "to arrive here. Unless this effectivity only has an inherited part...");
+        return s_trace.fail(
+            "ERROR : with hypothesis for this algorithm, and current implementation, it is unexpected "
+            "to arrive here. Unless this effectivity only has an inherited part...");
     }
     return convertBasicEff(*basicEff);
 }
@@ -50,10 +51,12 @@ long QueltEeGenExprToEeMMExprVisitor::convertChange(QueltEePredefEff& effectivit
     if (m_atRoot != 0) {
         QueltInObject* object = &effectivity;
         // Whatever the expression answers, the visit has succeeded.
-        static_cast<void>((s_isRenumbering ? history() : evolutionVariant()).addOperation(OperationKind::apply, object));
+        static_cast<void>(
+            (s_isRenumbering ? history() : evolutionVariant()).addOperation(OperationKind::apply, object));
         return S_OK;
     }
-    m_pCurrentOperation = m_pBelongings->keep(new QueltEeExpressionOperation(OperationKind::apply, &effectivity));
+    m_pCurrentOperation =
+        m_pBelongings->keep(new QueltEeExpressionOperation(OperationKind::apply, &effectivity));
     return S_OK;
 }
 
@@ -116,8 +119,9 @@ long QueltEeGenExprToEeMMExprVisitor::exploreNodeRefToFindAllBasicEffs(QueltEeNo
     }
     QueltEeOrOp* const alternatives = QueltEeOrOp::cast(node);
     if (alternatives == nullptr) {
-        return s_trace.fail("ERROR : unexpected, we are supposed to be in inh effs part but we have something else "
-                            "than an or or a effleaf");
+        return s_trace.fail(
+            "ERROR : unexpected, we are supposed to be in inh effs part but we have something else "
+            "than an or or a effleaf");
     }
     auto children = alternatives->getChildren().cBegin();
     while (QueltInObject* const child = children.GetGoToNext()) {
@@ -127,7 +131,8 @@ long QueltEeGenExprToEeMMExprVisitor::exploreNodeRefToFindAllBasicEffs(QueltEeNo
             return s_trace.fail(
                 "ERROR : unexpected cast result. What we believe to know of the structure might be wrong.");
         }
-        const long result = listBasicEff(*leaf, "ERROR : unexpected cast result, got sthg other than basic eff");
+        const long result =
+            listBasicEff(*leaf, "ERROR : unexpected cast result, got sthg other than basic eff");
         if (result < 0) {
             return result;
         }
@@ -181,7 +186,8 @@ long QueltEeGenExprToEeMMExprVisitor::generateInheritedNodeRefForDico(const Quel
     return S_OK;
 }
 
-long QueltEeGenExprToEeMMExprVisitor::addInheritedLeaves(QueltEeBasicEff& effectivity, const QueltEeModelDico& dico,
+long QueltEeGenExprToEeMMExprVisitor::addInheritedLeaves(QueltEeBasicEff& effectivity,
+                                                         const QueltEeModelDico& dico,
                                                          QueltEeOrOp& leaves) const {
     const QueltInMap* dictionaries = nullptr;
     const long result = findInheritingDictionaries(effectivity, dictionaries);

@@ -63,8 +63,9 @@ long QueltEeGenExprToEeMMExprVisitor::collect(QueltEeVarEffLeaf& leaf) {
     }
     QueltEeGroupOp* const group = QueltEeGroupOp::cast(m_p_EV_ChildNodeRef->getNode());
     if (group == nullptr) {
-        return s_trace.fail("ERROR : how am i supposed to know what i should do here ? Right, I'd better check how i am "
-                            "calling myself.");
+        return s_trace.fail(
+            "ERROR : how am i supposed to know what i should do here ? Right, I'd better check how i am "
+            "calling myself.");
     }
     QueltEeGroupOp& extensible = m_pBelongings->makeExtensible(*group);
     extensible.addChild(leaf);
@@ -73,7 +74,8 @@ long QueltEeGenExprToEeMMExprVisitor::collect(QueltEeVarEffLeaf& leaf) {
 }
 
 template <class Variable>
-long QueltEeGenExprToEeMMExprVisitor::convertFeature(QueltEeVarEffLeaf& leaf, const QueltEeVarEff& effectivity) {
+long QueltEeGenExprToEeMMExprVisitor::convertFeature(QueltEeVarEffLeaf& leaf,
+                                                     const QueltEeVarEff& effectivity) {
     const QueltEeDicoObject* const associated = effectivity.getVar();
     if (associated == nullptr) {
         return s_trace.fail("ERROR : that is soooo unlikely !");
@@ -92,7 +94,8 @@ long QueltEeGenExprToEeMMExprVisitor::convertFeature(QueltEeVarEffLeaf& leaf, co
         return s_trace.fail("ERROR, GetSetOfMDsContainingFeature returned NULL");
     }
     if (result == s_noDictionary || first->IsEmpty() != 0) {
-        return s_trace.fail("ERROR : No MD found for this option"); // a selection is called an option here as well
+        return s_trace.fail(
+            "ERROR : No MD found for this option"); // a selection is called an option here as well
     }
     result = fileFeature(leaf, *first);
     if (result >= 0) {
@@ -133,13 +136,12 @@ long QueltEeGenExprToEeMMExprVisitor::convertSerial(QueltEeVarEffLeaf& leaf, Que
     if (holder == nullptr) {
         return s_trace.fail("ERROR : unexpected");
     }
-    const long result =
-        quelt::rewriteSerialIntervals(effectivity, *variable,
-                                      {.trace = s_trace,
-                                       .where = std::source_location::current(),
-                                       .renumbers = s_isRenumbering,
-                                       .tracesShiftedBounds = true,
-                                       .comparesUpperBoundUnshifted = false});
+    const long result = quelt::rewriteSerialIntervals(effectivity, *variable,
+                                                      {.trace = s_trace,
+                                                       .where = std::source_location::current(),
+                                                       .renumbers = s_isRenumbering,
+                                                       .tracesShiftedBounds = true,
+                                                       .comparesUpperBoundUnshifted = false});
     if (result < 0) {
         return result;
     }
@@ -147,7 +149,8 @@ long QueltEeGenExprToEeMMExprVisitor::convertSerial(QueltEeVarEffLeaf& leaf, Que
     return fileCriterion(*holder, leaf.clone());
 }
 
-long QueltEeGenExprToEeMMExprVisitor::convertTreeSeries(QueltEeVarEffLeaf& leaf, const QueltEeVarEff& effectivity) {
+long QueltEeGenExprToEeMMExprVisitor::convertTreeSeries(QueltEeVarEffLeaf& leaf,
+                                                        const QueltEeVarEff& effectivity) {
     const QueltEeDicoObject* const associated = effectivity.getVar();
     if (associated == nullptr) {
         return s_trace.fail("ERROR : that is soooo unlikely !");

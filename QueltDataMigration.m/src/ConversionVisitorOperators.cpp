@@ -102,7 +102,8 @@ long QueltEeGenExprToEeMMExprVisitor::visitNotOp(QueltEeNotOp& node) {
         return refuseChangeInChange();
     }
     if (isEvolutionOrVariant(classification)) {
-        return s_trace.fail("ERROR : do not know how to manage that case. Do not know what that configuration means...");
+        return s_trace.fail(
+            "ERROR : do not know how to manage that case. Do not know what that configuration means...");
     }
     result = node.childrenAcceptVisitor(*this);
     if (result < 0) {

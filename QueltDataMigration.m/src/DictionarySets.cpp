@@ -5,8 +5,8 @@
 
 namespace quelt {
 
-long keepOnly(QueltEeModelDico& holder, QueltInSet& possible, QueltInSet& rejected, const MigrationTrace& trace,
-              std::source_location where) {
+long keepOnly(QueltEeModelDico& holder, QueltInSet& possible, QueltInSet& rejected,
+              const MigrationTrace& trace, std::source_location where) {
     if (possible.GetLength() <= 1) {
         return S_OK;
     }

@@ -131,8 +131,8 @@ long FilterGenerator::putAllDictionaries() {
     const QueltInMap* dictionaries = nullptr;
     const long result = m_context.GetAllDictionariesByName(dictionaries);
     if (result < 0) {
-        return m_trace.fail("ERROR : Call to QueltEeExpressionContext::GetAllDictionariesByName() has failed.",
-                            result);
+        return m_trace.fail(
+            "ERROR : Call to QueltEeExpressionContext::GetAllDictionariesByName() has failed.", result);
     }
     if (dictionaries == nullptr) {
         return m_trace.fail("ERROR : Null pointer on Dictionaries map.");
@@ -195,7 +195,8 @@ long FilterGenerator::addTreeSeries(const QueltEeVarEff& criterion) {
     if (result < 0) {
         return result;
     }
-    result = narrowToHolder(variable->getHolderDico(), "ERROR : No dico compatible with the QueltEeTreeSeriesVar.");
+    result = narrowToHolder(variable->getHolderDico(),
+                            "ERROR : No dico compatible with the QueltEeTreeSeriesVar.");
     return result < 0 ? result : addToCriteria(criterion, s_addFailed);
 }
 
@@ -205,7 +206,8 @@ long FilterGenerator::addOption(const QueltEeVarEff& criterion) {
     if (result < 0) {
         return result;
     }
-    result = narrowToFeature(*variable, "ERROR : Unable to find one MD containing current QueltEeCatOptionVar.");
+    result =
+        narrowToFeature(*variable, "ERROR : Unable to find one MD containing current QueltEeCatOptionVar.");
     return result < 0 ? result : addToCriteria(criterion, s_addFailed);
 }
 
@@ -215,7 +217,8 @@ long FilterGenerator::addSelection(const QueltEeVarEff& criterion) {
     if (result < 0) {
         return result;
     }
-    result = narrowToFeature(*variable, "ERROR : Unable to find one MD containing current QueltEeSelectionVar.");
+    result =
+        narrowToFeature(*variable, "ERROR : Unable to find one MD containing current QueltEeSelectionVar.");
     return result < 0 ? result : addToCriteria(criterion, s_addSelectionFailed);
 }
 
@@ -230,8 +233,8 @@ long FilterGenerator::narrowToFeature(const QueltEeDicoObject& variable, const c
     const long result =
         m_context.GetSetOfMDsContainingFeature(variable, m_pPossibleMDs, m_pRejectedMDs, nullptr);
     if (result < 0) {
-        return m_trace.fail("ERROR : Call to QueltEeExpressionContext::GetSetOfMDsContainingFeature() has failed.",
-                            result);
+        return m_trace.fail(
+            "ERROR : Call to QueltEeExpressionContext::GetSetOfMDsContainingFeature() has failed.", result);
     }
     if (m_pPossibleMDs == nullptr) {
         return m_trace.fail("ERROR : Null pointer on PossibleMDs has been returned.");
@@ -279,8 +282,9 @@ long FilterGenerator::addNamedEffectivities(const QueltQmSpecList& list) {
 
 long FilterGenerator::takeDictionariesOf(const QueltEeEffectivity& named) {
     m_trace.inform("There is only named effectivity criteria, searching MDs to set them");
-    m_trace.writeMessage("WARNING : Case of a filter with pure changes, all dictionaries of the first change will be "
-                         "assigned to the possible list of MD for the filter.");
+    m_trace.writeMessage(
+        "WARNING : Case of a filter with pure changes, all dictionaries of the first change will be "
+        "assigned to the possible list of MD for the filter.");
     QueltEeExpression* expression = nullptr;
     long result = named.getExpr(expression);
     if (result < 0) {
@@ -311,8 +315,9 @@ long FilterGenerator::chooseDictionary() {
             "ERROR : Set of PossibleMDs is empty, unable to assign one MD to QueltEeFilterExpression.");
     }
     if (m_pPossibleMDs->GetLength() > 1) {
-        m_trace.writeMessage("WARNING : Unable to find a single MD for a QueltEeFilterExpression because set of "
-                             "PossibleMDs contains more than one MD, first MD will be assigned by default.");
+        m_trace.writeMessage(
+            "WARNING : Unable to find a single MD for a QueltEeFilterExpression because set of "
+            "PossibleMDs contains more than one MD, first MD will be assigned by default.");
     }
     const QueltInObject* const first = m_pPossibleMDs->cBegin().Get();
     if (first == nullptr) {

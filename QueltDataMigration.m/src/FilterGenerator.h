@@ -16,8 +16,8 @@ class QueltQmSpecList;
 
 namespace quelt {
 
-/// Turns the specification list of a generic expression into filters: one for its dates, one, in a single dictionary, for
-/// everything else. Used once.
+/// Turns the specification list of a generic expression into filters: one for its dates, one, in a single
+/// dictionary, for everything else. Used once.
 class FilterGenerator {
 public:
     /// The key of the date filter, and of the filter of all other criteria.
@@ -31,8 +31,9 @@ public:
                     const QueltEeExpressionContext& context) noexcept
         : m_trace(trace), m_renumbers(renumbers), m_genericExpr(genericExpr), m_context(context) {}
 
-    /// Generates the filters and files them in `output`. The result of the last core call, E_FAIL for a failed check of
-    /// its own. On failure nothing that was built is released, and `output` holds what was filed.
+    /// Generates the filters and files them in `output`. The result of the last core call, E_FAIL for a
+    /// failed check of its own. On failure nothing that was built is released, and `output` holds what was
+    /// filed.
     long run(QueltInMap& output);
 
 private:

@@ -23,14 +23,16 @@ public:
             writeMessage(pieces...);
         }
     }
-    /// A line that is written whether or not the trace is activated: a warning, and the few others of the kind.
+    /// A line that is written whether or not the trace is activated: a warning, and the few others of the
+    /// kind.
     template <class... Pieces>
     void writeMessage(Pieces... pieces) const {
         m_trace.beginTrace(0);
         (m_trace << ... << pieces);
         m_trace.endTrace(0);
     }
-    /// The error report of two lines, where and what. Returns `result`, so that a failing step reads as one statement.
+    /// The error report of two lines, where and what. Returns `result`, so that a failing step reads as one
+    /// statement.
     long fail(const char* message, long result = E_FAIL,
               std::source_location where = std::source_location::current()) const;
 

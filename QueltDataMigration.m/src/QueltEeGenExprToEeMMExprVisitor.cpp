@@ -34,8 +34,8 @@ constexpr unsigned int s_evolutionVariantDomain = 2;
 constexpr unsigned int s_changeDomain = 2;
 constexpr unsigned int s_constantDomain = 3;
 
-/// A change, or the negation of one, as it stands at the end of an operator's children in trees that are classified by
-/// the fixed rule.
+/// A change, or the negation of one, as it stands at the end of an operator's children in trees that are
+/// classified by the fixed rule.
 bool isChangeLeaf(const QueltEeNode& node) {
     if (QueltEeEffLeaf::isObjectOfThisType(node) != 0) {
         return true;
@@ -57,8 +57,8 @@ QueltEeGenExprToEeMMExprVisitor::QueltEeGenExprToEeMMExprVisitor(unsigned char i
     const quelt::MethodTrace scope(s_trace, "QueltEeGenExprToEeMMExprVisitor");
 }
 
-QueltEeGenExprToEeMMExprVisitor::QueltEeGenExprToEeMMExprVisitor(const QueltEeGenExprToEeMMExprVisitor& other) =
-    default;
+QueltEeGenExprToEeMMExprVisitor::QueltEeGenExprToEeMMExprVisitor(
+    const QueltEeGenExprToEeMMExprVisitor& other) = default;
 
 QueltEeGenExprToEeMMExprVisitor::~QueltEeGenExprToEeMMExprVisitor() {
     const quelt::MethodTrace scope(s_trace, "~QueltEeGenExprToEeMMExprVisitor");
@@ -133,7 +133,8 @@ long QueltEeGenExprToEeMMExprVisitor::classify(QueltEeOperator& node,
         }
         isChange = last->getNode() != nullptr && isChangeLeaf(*last->getNode());
     }
-    // A negated change is nothing else; a group with a change at its end is still taken for evolution and variant as well.
+    // A negated change is nothing else; a group with a change at its end is still taken for evolution and
+    // variant as well.
     const bool isNothingElse = isChange && QueltEeNotOp::isObjectOfThisType(node) != 0;
     classification.setVariant(isNothingElse ? 0 : 1);
     classification.setEvolution(isNothingElse ? 0 : 1);
@@ -209,8 +210,9 @@ long fileUnder(unsigned int domain, const QueltEeMultiModelExpression& expressio
 long QueltEeGenExprToEeMMExprVisitor::generateMapDomainIDToEeExpr(QueltInMap*& outputMap) {
     const quelt::MethodTrace scope(s_trace, "generateMapDomainIDToEeExpr");
     if (outputMap == nullptr) {
-        outputMap = new QueltInMap(QueltInIntHolder::sType(), m_isChange != 0 ? QueltEeChangeExpression::sType()
-                                                                             : QueltEeEffectivityExpression::sType());
+        outputMap = new QueltInMap(QueltInIntHolder::sType(), m_isChange != 0
+                                                                  ? QueltEeChangeExpression::sType()
+                                                                  : QueltEeEffectivityExpression::sType());
     }
     if (m_isChange != 0) {
         return m_pChangeExpression == nullptr

@@ -46,9 +46,11 @@ QueltEeGetApplyingMDsVisitor::QueltEeGetApplyingMDsVisitor(const QueltEeExpressi
 long QueltEeGetApplyingMDsVisitor::putCandidates() {
     const QueltInMap* candidates = nullptr;
     if (m_pInheritedEff != nullptr) {
-        const long result = m_pContext->GetAllDictionariesForInheritedEffectivity(*m_pInheritedEff, candidates);
+        const long result =
+            m_pContext->GetAllDictionariesForInheritedEffectivity(*m_pInheritedEff, candidates);
         if (result < 0) {
-            return s_trace.fail("ERROR : GetAllDictionariesForInheritedEffectivity from Context FAILED", result);
+            return s_trace.fail("ERROR : GetAllDictionariesForInheritedEffectivity from Context FAILED",
+                                result);
         }
     } else {
         const long result = m_pContext->GetAllDictionariesByName(candidates);
@@ -139,8 +141,9 @@ long QueltEeGetApplyingMDsVisitor::visitOrOp(QueltEeOrOp& node) {
 
 long QueltEeGetApplyingMDsVisitor::visitNotDomainOp(QueltEeNotDomainOp& /*node*/) {
     const quelt::MethodTrace scope(s_trace, "visitNotDomainOp");
-    return s_trace.fail("ERROR : I have no idea of what is this thing and what is its potential use, so I did not "
-                        "implement this.");
+    return s_trace.fail(
+        "ERROR : I have no idea of what is this thing and what is its potential use, so I did not "
+        "implement this.");
 }
 
 long QueltEeGetApplyingMDsVisitor::visitNotOp(QueltEeNotOp& node) {
@@ -151,8 +154,9 @@ long QueltEeGetApplyingMDsVisitor::visitNotOp(QueltEeNotOp& node) {
 
 long QueltEeGetApplyingMDsVisitor::visitEffLeaf(QueltEeEffLeaf& /*leaf*/) {
     const quelt::MethodTrace scope(s_trace, "visitEffLeaf");
-    return s_trace.fail("ERROR : Call to QueltEeGetApplyingMDsVisitor::visitEffLeaf, this visitor is supposed to be "
-                        "performed on an EV Tree only.");
+    return s_trace.fail(
+        "ERROR : Call to QueltEeGetApplyingMDsVisitor::visitEffLeaf, this visitor is supposed to be "
+        "performed on an EV Tree only.");
 }
 
 long QueltEeGetApplyingMDsVisitor::visitVarEffLeaf(QueltEeVarEffLeaf& leaf) {
@@ -168,8 +172,8 @@ long QueltEeGetApplyingMDsVisitor::visitVarEffLeaf(QueltEeVarEffLeaf& leaf) {
         return visitTreeSeries(*effectivity);
     }
     if (QueltEeDateEff::isObjectOfThisType(*effectivity) != 0) {
-        return s_trace.fail(
-            "ERROR : There is a date when we are supposed to be in a pure EV tree when calling that visitor.");
+        return s_trace.fail("ERROR : There is a date when we are supposed to be in a pure EV tree when "
+                            "calling that visitor.");
     }
     if (QueltEeSelectionEff::isObjectOfThisType(*effectivity) != 0) {
         return visitFeature<QueltEeSelectionVar>(

@@ -10,15 +10,18 @@ class QueltEeSerialEff;
 class QueltEeVarEff;
 class QueltInSet;
 
-/// Walks a pure evolution/variant tree and finds the dictionaries that it can apply to: those that hold every feature of
-/// the tree. On its way it rewrites the intervals of serial effectivities, in place, as the conversion of a leaf does.
+/// Walks a pure evolution/variant tree and finds the dictionaries that it can apply to: those that hold every
+/// feature of the tree. On its way it rewrites the intervals of serial effectivities, in place, as the
+/// conversion of a leaf does.
 class QueltEeGetApplyingMDsVisitor : public QueltInTyped<QueltEeGetApplyingMDsVisitor, QueltEeNodeVisitor> {
 public:
     static constexpr const char* s_className = "QueltEeGetApplyingMDsVisitor";
 
-    /// Every dictionary of `context` is possible at the start, or those of the inherited effectivity of `inheritedEff` when it is not
-    /// null; none is rejected. Neither is owned. What fails here is told by succeeded().
-    QueltEeGetApplyingMDsVisitor(const QueltEeExpressionContext* context, const QueltEeBasicEff* inheritedEff);
+    /// Every dictionary of `context` is possible at the start, or those of the inherited effectivity of
+    /// `inheritedEff` when it is not null; none is rejected. Neither is owned. What fails here is told by
+    /// succeeded().
+    QueltEeGetApplyingMDsVisitor(const QueltEeExpressionContext* context,
+                                 const QueltEeBasicEff* inheritedEff);
     QueltEeGetApplyingMDsVisitor(const QueltEeGetApplyingMDsVisitor&) = delete;
     QueltEeGetApplyingMDsVisitor& operator=(const QueltEeGetApplyingMDsVisitor&) = delete;
     /// Deletes the sets, unless they were given away.
@@ -26,8 +29,8 @@ public:
 
     /// Non-zero unless the construction, or the visit of an AND or an OR, failed; the sets are deleted then.
     unsigned char succeeded();
-    /// Gives the possible and the rejected dictionaries away, to the caller, who owns the sets from then on. E_FAIL, and
-    /// nothing is given away, unless both pointers are null.
+    /// Gives the possible and the rejected dictionaries away, to the caller, who owns the sets from then on.
+    /// E_FAIL, and nothing is given away, unless both pointers are null.
     long getSetOfApplyingMDs(QueltInSet*& possible, QueltInSet*& rejected);
 
     long visitFalse(QueltEeFalse& node) override;

@@ -58,7 +58,8 @@ QueltEeTarselMigrationServices::operator=(const QueltEeTarselMigrationServices& 
 
 long QueltEeTarselMigrationServices::ConvertEeGenericExprToEeExpr(const QueltEeGenericExpression& genericExpr,
                                                                   const QueltEeExpressionContext& context,
-                                                                  unsigned char change, QueltInMap*& outputMap,
+                                                                  unsigned char change,
+                                                                  QueltInMap*& outputMap,
                                                                   QueltEeBasicEff* basicEff) {
     const quelt::MethodTrace scope(s_trace, "ConvertEeGenericExprToEeExpr");
     if (genericExpr.IsList() != 0) {

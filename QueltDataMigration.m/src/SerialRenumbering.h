@@ -25,20 +25,23 @@ struct SerialRewriteRules {
     bool renumbers;
     /// Whether each bound is traced after its shift.
     bool tracesShiftedBounds;
-    /// Whether an upper bound is compared with the range of the model years by its number before the shift. It makes a
-    /// difference only for the lowest 32-bit number, whose shift wraps round.
+    /// Whether an upper bound is compared with the range of the model years by its number before the shift.
+    /// It makes a difference only for the lowest 32-bit number, whose shift wraps round.
     bool comparesUpperBoundUnshifted;
 };
 
-/// The model years of one series: from renumbered sequence number (year - 1) to the dictionary's own sequence number.
+/// The model years of one series: from renumbered sequence number (year - 1) to the dictionary's own sequence
+/// number.
 class SerialRenumbering {
 public:
-    /// Reads the revision table of the series, as getSeqNb2Revisions gives it; texts that are no numbers are skipped, and
-    /// of two revisions with one year the first counts. E_FAIL when the table holds anything else than revisions.
+    /// Reads the revision table of the series, as getSeqNb2Revisions gives it; texts that are no numbers are
+    /// skipped, and of two revisions with one year the first counts. E_FAIL when the table holds anything
+    /// else than revisions.
     long read(const QueltInMap& revisions, const SerialRewriteRules& rules);
     /// The dictionary's number for the lower bound `a`, which has been shifted; nothing when it stays.
     [[nodiscard]] std::optional<unsigned int> findLower(int a) const;
-    /// The dictionary's number behind the upper bound `b`, which has been shifted; nothing when there is none.
+    /// The dictionary's number behind the upper bound `b`, which has been shifted; nothing when there is
+    /// none.
     [[nodiscard]] std::optional<unsigned int> findAbove(int b) const;
     /// The smallest and the largest renumbered number; the first lies above the second when there is none.
     [[nodiscard]] int smallest() const noexcept { return m_smallest; }
@@ -54,10 +57,10 @@ private:
     int m_largest = 0;
 };
 
-/// Rewrites the intervals of `effectivity`, in place, when its series `variable` is of the external type 12 or 14: each
-/// finite bound becomes one lower and, where the rules say so, is translated through the model years of the series. Lower
-/// bounds become inclusive; upper bounds too, unless they were translated to the next model year. Intervals of other
-/// series are left alone. S_OK, or the reported failure's result.
+/// Rewrites the intervals of `effectivity`, in place, when its series `variable` is of the external type 12
+/// or 14: each finite bound becomes one lower and, where the rules say so, is translated through the model
+/// years of the series. Lower bounds become inclusive; upper bounds too, unless they were translated to the
+/// next model year. Intervals of other series are left alone. S_OK, or the reported failure's result.
 long rewriteSerialIntervals(QueltEeSerialEff& effectivity, const QueltEeSerialVar& variable,
                             const SerialRewriteRules& rules);
 

@@ -12,7 +12,8 @@ namespace quelt {
 
 namespace {
 
-/// What making one form may use up: literals copied, and conjunctions compared with another one. A fraction of a second each.
+/// What making one form may use up: literals copied, and conjunctions compared with another one. A fraction
+/// of a second each.
 constexpr std::int64_t s_maxWork = 50'000'000;
 constexpr std::int64_t s_maxComparisons = 300'000'000;
 /// How much larger than a form may be what it is reduced from.
@@ -70,8 +71,8 @@ long DnfCalculator::conjoin(std::vector<DnfLiteral> literals, std::optional<DnfC
     return spend(literals.size());
 }
 
-/// Brings all into the first one, pair by pair of equal age, so that many short effectivities do not make a long one that is
-/// copied again and again.
+/// Brings all into the first one, pair by pair of equal age, so that many short effectivities do not make a
+/// long one that is copied again and again.
 long DnfCalculator::meetPairwise(std::vector<DnfLiteral>& ofOneSlot, bool& isContradiction) {
     std::optional<DnfLiteral> both;
     for (std::size_t distance = 1; distance < ofOneSlot.size(); distance *= 2) {
@@ -145,7 +146,8 @@ long DnfCalculator::spend(std::size_t work) noexcept {
 long DnfCalculator::reduce(DnfForm& form) {
     absorb(form);
     const std::size_t count = form.conjunctions.size();
-    const bool fits = count <= QueltDnf::s_maxConjunctions && form.weight() - count <= QueltDnf::s_maxLiterals;
+    const bool fits =
+        count <= QueltDnf::s_maxConjunctions && form.weight() - count <= QueltDnf::s_maxLiterals;
     return fits ? S_OK : E_OUTOFMEMORY;
 }
 
@@ -153,13 +155,16 @@ void DnfCalculator::absorb(DnfForm& form) {
     std::vector<DnfConjunction>& conjunctions = form.conjunctions;
     std::vector<std::size_t> byLength(conjunctions.size());
     std::iota(byLength.begin(), byLength.end(), std::size_t{0});
-    std::ranges::stable_sort(byLength, {}, [&](std::size_t at) { return conjunctions[at].literals().size(); });
+    std::ranges::stable_sort(byLength, {},
+                             [&](std::size_t at) { return conjunctions[at].literals().size(); });
 
     std::vector<bool> isLeftOut(conjunctions.size());
     std::vector<std::size_t> kept;
     std::unordered_multimap<std::uint64_t, std::size_t> keptByHash;
     for (const std::size_t at : byLength) {
-        const auto includesThis = [&](std::size_t shorter) { return conjunctions[shorter].includes(conjunctions[at]); };
+        const auto includesThis = [&](std::size_t shorter) {
+            return conjunctions[shorter].includes(conjunctions[at]);
+        };
         const auto [same, end] = keptByHash.equal_range(conjunctions[at].hash());
         isLeftOut[at] = std::any_of(same, end, [&](const auto& entry) { return includesThis(entry.second); });
         if (!isLeftOut[at] && m_comparisons > 0) {

@@ -42,13 +42,13 @@ class DnfCalculator {
 public:
     DnfCalculator() noexcept;
 
-    /// Makes a conjunction of literals in any order, slots may come several times; nothing when they contradict each
-    /// other. Failures as DnfLiterals::meet.
+    /// Makes a conjunction of literals in any order, slots may come several times; nothing when they
+    /// contradict each other. Failures as DnfLiterals::meet.
     [[nodiscard]] long conjoin(std::vector<DnfLiteral> literals, std::optional<DnfConjunction>& conjunction);
     /// Replaces `form` by the conjunction of both. E_OUTOFMEMORY when that takes too much.
     [[nodiscard]] long multiply(DnfForm& form, const DnfForm& factor);
-    /// Takes conjunctions out that others include; all the same ones, of the rest as many as can be found in the time that
-    /// is left for it. E_OUTOFMEMORY when too much is left.
+    /// Takes conjunctions out that others include; all the same ones, of the rest as many as can be found in
+    /// the time that is left for it. E_OUTOFMEMORY when too much is left.
     [[nodiscard]] long reduce(DnfForm& form);
 
     [[nodiscard]] DnfLiterals& literals() noexcept { return m_literals; }

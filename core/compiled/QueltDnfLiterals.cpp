@@ -80,7 +80,8 @@ long DnfLiterals::slotFor(const QueltEeNode& leaf, std::uint32_t& slot) {
 /// Texts tell literals of one slot apart: there, the same text means the same.
 long DnfLiterals::enterIn(std::uint32_t slot, OwnedLeaf leaf, DnfLiteral& literal) {
     const std::string text(leaf->toString().view());
-    const auto [found, isNew] = m_slots[slot].byText.try_emplace(text, static_cast<std::uint32_t>(m_entries.size()));
+    const auto [found, isNew] =
+        m_slots[slot].byText.try_emplace(text, static_cast<std::uint32_t>(m_entries.size()));
     literal = {slot, found->second};
     if (!isNew) {
         return S_OK;
@@ -107,7 +108,8 @@ long DnfLiterals::meet(const DnfLiteral& left, const DnfLiteral& right, std::opt
     return result;
 }
 
-long DnfLiterals::computeMeet(const DnfLiteral& left, const DnfLiteral& right, std::optional<DnfLiteral>& both) {
+long DnfLiterals::computeMeet(const DnfLiteral& left, const DnfLiteral& right,
+                              std::optional<DnfLiteral>& both) {
     both.reset();
     const QueltEeVarEff* const one = effectivityOf(leafOf(left));
     const QueltEeVarEff* const other = effectivityOf(leafOf(right));

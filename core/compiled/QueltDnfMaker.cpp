@@ -28,8 +28,8 @@ constexpr std::size_t s_maxWeight = 8 * QueltDnf::s_maxLiterals;
 /// Whether a normal form of a tree can be made at all.
 class TreeCheck {
 public:
-    /// The result for the first node, in the order of the tree, that has no place in a normal form; E_OUTOFMEMORY
-    /// for too many nodes.
+    /// The result for the first node, in the order of the tree, that has no place in a normal form;
+    /// E_OUTOFMEMORY for too many nodes.
     [[nodiscard]] long run(const QueltEeNode& root) {
         long result = enter(root);
         while (result >= 0 && !m_levels.empty()) {
@@ -142,7 +142,8 @@ private:
 
     long goOn() {
         Level& level = m_levels.back();
-        const auto* const child = static_cast<const QueltEeNodeRef*>(level.group->getChildren().Get(level.next++));
+        const auto* const child =
+            static_cast<const QueltEeNodeRef*>(level.group->getChildren().Get(level.next++));
         if (child == nullptr) {
             return leave();
         }
@@ -168,7 +169,8 @@ private:
         std::vector<DnfConjunction>& conjunctions = m_form.conjunctions;
         if (!level.group->isAnd()) {
             std::vector<DnfConjunction>& sum = level.sum.conjunctions;
-            sum.insert(sum.end(), std::move_iterator(conjunctions.begin()), std::move_iterator(conjunctions.end()));
+            sum.insert(sum.end(), std::move_iterator(conjunctions.begin()),
+                       std::move_iterator(conjunctions.end()));
         } else if (conjunctions.size() == 1) {
             const std::vector<DnfLiteral>& literals = conjunctions.front().literals();
             level.literals.insert(level.literals.end(), literals.begin(), literals.end());

@@ -1,5 +1,5 @@
-// What expressions do with normal forms. It stands here, not with the expressions, because it needs QueltDnf, which is made
-// of their nodes.
+// What expressions do with normal forms. It stands here, not with the expressions, because it needs QueltDnf,
+// which is made of their nodes.
 
 #include "compiled/QueltDnf.h"
 #include "expression/QueltEeFilterExpression.h"

@@ -57,7 +57,8 @@ extern template class QueltInTyped<QueltEVCClassification, QueltInObject>;
 
 /// Classifies subtrees. What it finds is kept with the nodes, so that classifying a subtree again costs
 /// nothing while the subtree has not changed.
-class QUELT_CORE_API QueltCoreEVC_NodeClassifier : public QueltInTyped<QueltCoreEVC_NodeClassifier, QueltInObject> {
+class QUELT_CORE_API QueltCoreEVC_NodeClassifier
+    : public QueltInTyped<QueltCoreEVC_NodeClassifier, QueltInObject> {
 public:
     static constexpr const char* s_className = "QueltCoreEVC_NodeClassifier";
 

@@ -8,13 +8,13 @@
 #include <string_view>
 #include <unordered_map>
 
-/// One configuration of the product, for evaluating expressions: values of features by their GUID (so that the same
-/// feature has one value in all dictionaries), a date, and the effectivities that hold. What is not said has no value;
-/// an effectivity that nothing was said of does not hold.
+/// One configuration of the product, for evaluating expressions: values of features by their GUID (so that
+/// the same feature has one value in all dictionaries), a date, and the effectivities that hold. What is not
+/// said has no value; an effectivity that nothing was said of does not hold.
 class QUELT_CORE_API QueltEeConfiguration {
 public:
-    /// Gives the option or selection `feature` the value with this name. What is said later replaces what was said
-    /// before; so for all that follow.
+    /// Gives the option or selection `feature` the value with this name. What is said later replaces what was
+    /// said before; so for all that follow.
     void setValue(const QueltInGuid& feature, std::string_view value);
     /// Gives the series (serial or tree) `feature` this sequence number.
     void setSequenceNumber(const QueltInGuid& feature, std::int64_t number);

@@ -28,11 +28,13 @@ std::int64_t costOf(const QueltEeVarEff& effectivity) {
     return static_cast<std::int64_t>(sizeOf(effectivity) + domain);
 }
 
-/// Combines effectivities of one key, pair by pair of equal age, so that many short ones cost no more than sorting them.
+/// Combines effectivities of one key, pair by pair of equal age, so that many short ones cost no more than
+/// sorting them.
 class EffectivityJoin {
 public:
     EffectivityJoin(std::span<QueltEeVarEff*> effectivities, Joining joining, JoiningBudget& budget)
-        : m_effectivities(effectivities), m_joining(joining), m_budget(budget), m_changed(effectivities.size()) {}
+        : m_effectivities(effectivities), m_joining(joining), m_budget(budget),
+          m_changed(effectivities.size()) {}
 
     std::vector<bool> run() {
         std::vector<std::size_t> firsts;
@@ -45,7 +47,8 @@ public:
     }
 
 private:
-    /// How many variables with one GUID, but different values, are told apart before criteria stay as they are.
+    /// How many variables with one GUID, but different values, are told apart before criteria stay as they
+    /// are.
     static constexpr std::size_t s_maxDisagreeing = 8;
 
     /// The positions, grouped by variable object. Each group is in order, as are the groups' first ones.
@@ -53,7 +56,8 @@ private:
         std::vector<std::vector<std::size_t>> groups;
         std::unordered_map<const void*, std::size_t> groupOf;
         for (std::size_t position = 0; position < m_effectivities.size(); ++position) {
-            const auto [found, isNew] = groupOf.try_emplace(m_effectivities[position]->getVar(), groups.size());
+            const auto [found, isNew] =
+                groupOf.try_emplace(m_effectivities[position]->getVar(), groups.size());
             if (isNew) {
                 groups.emplace_back();
             }
@@ -105,7 +109,8 @@ private:
 
 } // namespace
 
-CriterionKey::CriterionKey(const QueltEeVarEff& effectivity) : kind(effectivity.dType()), first(0), second(0) {
+CriterionKey::CriterionKey(const QueltEeVarEff& effectivity)
+    : kind(effectivity.dType()), first(0), second(0) {
     if (const QueltEeDicoObject* const variable = effectivity.getVar()) {
         const QueltInGuid::Bytes& bytes = variable->getGuid().getBytes();
         std::memcpy(&first, bytes.data(), sizeof first);
@@ -114,7 +119,8 @@ CriterionKey::CriterionKey(const QueltEeVarEff& effectivity) : kind(effectivity.
 }
 
 CriterionKey::CriterionKey(const QueltEeEffLeaf& leaf)
-    : kind(leaf.dType()), first(addressOf(leaf.getTargetEff())), second(addressOf(leaf.getReferencedContext())) {}
+    : kind(leaf.dType()), first(addressOf(leaf.getTargetEff())),
+      second(addressOf(leaf.getReferencedContext())) {}
 
 std::uint64_t CriterionKey::hash() const noexcept {
     constexpr std::uint64_t factor = 0x9E3779B97F4A7C15U;
@@ -199,7 +205,8 @@ std::size_t sizeOf(const QueltEeVarEff& effectivity) {
     return std::max<std::size_t>(size, 1);
 }
 
-std::vector<bool> joinEffectivities(std::span<QueltEeVarEff*> effectivities, Joining joining, JoiningBudget& budget) {
+std::vector<bool> joinEffectivities(std::span<QueltEeVarEff*> effectivities, Joining joining,
+                                    JoiningBudget& budget) {
     return EffectivityJoin(effectivities, joining, budget).run();
 }
 

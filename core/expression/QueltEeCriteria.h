@@ -25,16 +25,16 @@ struct CriterionKey {
     [[nodiscard]] std::uint64_t hash() const noexcept;
 };
 
-/// The numbers of criteria by key, for finding those that can be said as one. Two of these are merged at the cost of the
-/// smaller one.
+/// The numbers of criteria by key, for finding those that can be said as one. Two of these are merged at the
+/// cost of the smaller one.
 class CriterionIndex {
 public:
     /// Enters the criterion `number` under `key`.
     void add(const CriterionKey& key, std::uint32_t number);
     /// Takes everything over from `other`.
     void merge(CriterionIndex&& other);
-    /// Calls `join(numbers)` for the criteria under each key that has got some since this was called last; `join` gets
-    /// them in ascending order and leaves those that are still there.
+    /// Calls `join(numbers)` for the criteria under each key that has got some since this was called last;
+    /// `join` gets them in ascending order and leaves those that are still there.
     template <class Join>
     void joinNew(Join join) {
         for (const std::uint32_t position : takeNew()) {
@@ -58,23 +58,24 @@ private:
     [[nodiscard]] std::vector<std::uint32_t> takeNew();
 
     std::vector<Entry> m_entries;
-    std::vector<std::uint32_t> m_new;                                   // positions of new entries
+    std::vector<std::uint32_t> m_new;                                 // positions of new entries
     std::unordered_map<CriterionKey, std::uint32_t, KeyHash> m_byKey; // only beyond the scan limit
 };
 
 /// How many intervals, values or bounds the effectivity is made of; at least 1.
 [[nodiscard]] std::size_t sizeOf(const QueltEeVarEff& effectivity);
 
-/// What combining criteria may still cost, in values looked at. Where long effectivities are combined again and again, a limit
-/// keeps the cost in proportion; criteria stay apart then.
+/// What combining criteria may still cost, in values looked at. Where long effectivities are combined again
+/// and again, a limit keeps the cost in proportion; criteria stay apart then.
 using JoiningBudget = std::int64_t;
 
 /// Whether all of the criteria must hold, or one.
 enum class Joining { all, atLeastOne };
 
-/// Combines the effectivities (all with one key) that can be said as one into the first of them, in place. Each that
-/// has been combined into another one is replaced by null; it is not deleted. True for each that another one was combined into
-/// (so that it has changed).
-std::vector<bool> joinEffectivities(std::span<QueltEeVarEff*> effectivities, Joining joining, JoiningBudget& budget);
+/// Combines the effectivities (all with one key) that can be said as one into the first of them, in place.
+/// Each that has been combined into another one is replaced by null; it is not deleted. True for each that
+/// another one was combined into (so that it has changed).
+std::vector<bool> joinEffectivities(std::span<QueltEeVarEff*> effectivities, Joining joining,
+                                    JoiningBudget& budget);
 
 } // namespace quelt

@@ -20,8 +20,8 @@ namespace {
 
 using OperationKind = QueltEeExpressionOperation::OperationKind;
 
-/// What the operators above a node do to it: turn it round, and turn its leaves round within their domains. Both are
-/// handed down to the leaves, where they come to an exclusive or each.
+/// What the operators above a node do to it: turn it round, and turn its leaves round within their domains.
+/// Both are handed down to the leaves, where they come to an exclusive or each.
 struct Sense {
     bool negated = false;
     bool domainNegated = false;
@@ -43,7 +43,8 @@ Membership membership(const QueltEeNamedValueEff& effectivity, const QueltEeConf
 
 Membership membership(const QueltEeSerialEff& effectivity, const QueltEeConfiguration& configuration) {
     const QueltEeDicoObject* const variable = effectivity.getVar();
-    const auto number = variable != nullptr ? configuration.getSequenceNumber(variable->getGuid()) : std::nullopt;
+    const auto number =
+        variable != nullptr ? configuration.getSequenceNumber(variable->getGuid()) : std::nullopt;
     if (!number || *number < std::numeric_limits<int>::min() || *number > std::numeric_limits<int>::max()) {
         return std::nullopt;
     }
@@ -52,7 +53,8 @@ Membership membership(const QueltEeSerialEff& effectivity, const QueltEeConfigur
 
 Membership membership(const QueltEeTreeSeriesEff& effectivity, const QueltEeConfiguration& configuration) {
     const QueltEeTreeSeriesVar* const variable = effectivity.getTreeVar();
-    const auto number = variable != nullptr ? configuration.getSequenceNumber(variable->getGuid()) : std::nullopt;
+    const auto number =
+        variable != nullptr ? configuration.getSequenceNumber(variable->getGuid()) : std::nullopt;
     if (!number || *number < 0 || *number > std::numeric_limits<unsigned int>::max()) {
         return std::nullopt;
     }
@@ -98,10 +100,12 @@ long evaluateEffLeaf(const QueltEeEffLeaf& leaf, const QueltEeConfiguration& con
     return S_OK;
 }
 
-long evaluateLeaf(const QueltEeNode& node, const QueltEeConfiguration& configuration, Sense sense, bool& holds) {
+long evaluateLeaf(const QueltEeNode& node, const QueltEeConfiguration& configuration, Sense sense,
+                  bool& holds) {
     if (const QueltEeVarEffLeaf* const leaf = QueltEeVarEffLeaf::cast(&node)) {
         const QueltEeVarEff* const effectivity = leaf->getVarEff();
-        return effectivity != nullptr ? evaluateVarEff(*effectivity, configuration, sense, holds) : E_INVALIDARG;
+        return effectivity != nullptr ? evaluateVarEff(*effectivity, configuration, sense, holds)
+                                      : E_INVALIDARG;
     }
     if (const QueltEeEffLeaf* const leaf = QueltEeEffLeaf::cast(&node)) {
         return evaluateEffLeaf(*leaf, configuration, sense, holds);
@@ -187,7 +191,8 @@ private:
     static Sense senseBelow(const Level& level) {
         Sense sense = level.sense;
         if (level.children.single() != nullptr) {
-            bool& flag = QueltEeNotDomainOp::isObjectOfThisType(*level.node) != 0 ? sense.domainNegated : sense.negated;
+            bool& flag = QueltEeNotDomainOp::isObjectOfThisType(*level.node) != 0 ? sense.domainNegated
+                                                                                  : sense.negated;
             flag = !flag;
         }
         return sense;
@@ -205,7 +210,7 @@ private:
     const QueltEeConfiguration& m_configuration;
     std::vector<Level> m_levels;
     std::unordered_map<Known, bool, KnownHash> m_known; // operators with aliases, not negated
-    bool m_value = false; // of the node that was closed last
+    bool m_value = false;                               // of the node that was closed last
 };
 
 /// Brings results together until one decides.
@@ -214,8 +219,8 @@ public:
     /// All must hold, or one.
     explicit Tally(bool all) noexcept : m_all(all), m_holds(all) {}
 
-    /// Takes one more result, which `evaluate(holds)` gives; false when there is nothing left to look at, because of a
-    /// failure or because the result is certain.
+    /// Takes one more result, which `evaluate(holds)` gives; false when there is nothing left to look at,
+    /// because of a failure or because the result is certain.
     template <class Evaluate>
     bool add(Evaluate evaluate) {
         m_result = evaluate(m_holds);
@@ -235,23 +240,27 @@ private:
     long m_result = S_OK;
 };
 
-long evaluateNamed(const QueltEeEffectivity& effectivity, const QueltEeConfiguration& configuration, bool& holds) {
+long evaluateNamed(const QueltEeEffectivity& effectivity, const QueltEeConfiguration& configuration,
+                   bool& holds) {
     holds = configuration.holds(effectivity.getGuid());
     return S_OK;
 }
 
-long evaluateList(const QueltQmSpecList* list, bool all, const QueltEeConfiguration& configuration, bool& holds) {
+long evaluateList(const QueltQmSpecList* list, bool all, const QueltEeConfiguration& configuration,
+                  bool& holds) {
     Tally tally(all);
     bool goesOn = list != nullptr;
     if (!goesOn) {
         return tally.finish(holds);
     }
     QueltInMap::const_iterator effectivities = list->getVarEffs().cBegin();
-    while (const QueltEeVarEff* const one = goesOn ? QueltEeVarEff::cast(effectivities.GetValGoToNext()) : nullptr) {
+    while (const QueltEeVarEff* const one =
+               goesOn ? QueltEeVarEff::cast(effectivities.GetValGoToNext()) : nullptr) {
         goesOn = tally.add([&](bool& oneHolds) { return evaluateVarEff(*one, configuration, {}, oneHolds); });
     }
     QueltInSet::const_iterator named = list->getNamedEffectivities().cBegin();
-    while (const QueltEeEffectivity* const one = goesOn ? QueltEeEffectivity::cast(named.GetGoToNext()) : nullptr) {
+    while (const QueltEeEffectivity* const one =
+               goesOn ? QueltEeEffectivity::cast(named.GetGoToNext()) : nullptr) {
         goesOn = tally.add([&](bool& oneHolds) { return evaluateNamed(*one, configuration, oneHolds); });
     }
     return tally.finish(holds);
@@ -299,8 +308,8 @@ long evaluateCriteria(const QueltEeMultiModelExpression& expression, const Quelt
     return tally.finish(holds);
 }
 
-long evaluateOperations(const QueltEeEffectivityExpression& expression, const QueltEeConfiguration& configuration,
-                        bool& holds) {
+long evaluateOperations(const QueltEeEffectivityExpression& expression,
+                        const QueltEeConfiguration& configuration, bool& holds) {
     bool allHold = true;
     bool hasAlternatives = false;
     bool alternativeHolds = false;
@@ -332,8 +341,8 @@ long evaluateOperations(const QueltEeEffectivityExpression& expression, const Qu
 long evaluateMultiModel(const QueltEeMultiModelExpression& expression, const QueltEeModelDico* dictionary,
                         const QueltEeConfiguration& configuration, bool& holds) {
     Tally tally(true);
-    bool goesOn =
-        tally.add([&](bool& part) { return evaluatePart(expression.getGlobalCriteria(), configuration, part); });
+    bool goesOn = tally.add(
+        [&](bool& part) { return evaluatePart(expression.getGlobalCriteria(), configuration, part); });
     if (goesOn && dictionary != nullptr) {
         goesOn = tally.add(
             [&](bool& part) { return evaluateCriteria(expression, *dictionary, configuration, part); });

@@ -40,8 +40,21 @@ bool contains(const QueltInObject& dictionary, const QueltInGuid& feature) {
     return dico != nullptr && dico->containsFeature(feature);
 }
 
+bool allContain(const QueltInSet& dictionaries, const QueltInGuid& feature) {
+    QueltInSet::const_iterator iterator = dictionaries.cBegin();
+    while (const QueltInObject* const dictionary = iterator.GetGoToNext()) {
+        if (!contains(*dictionary, feature)) {
+            return false;
+        }
+    }
+    return true;
+}
+
 /// Moves what does not contain `feature` from `possible` to `rejected`; the others keep their order.
 void sortOut(const QueltInGuid& feature, QueltInSet& possible, QueltInSet& rejected) {
+    if (allContain(possible, feature)) {
+        return; // as most features of an expression leave it
+    }
     std::vector<QueltInObject*> kept;
     QueltInSet::const_iterator iterator = possible.cBegin();
     while (QueltInObject* const dictionary = iterator.GetGoToNext()) {
@@ -50,9 +63,6 @@ void sortOut(const QueltInGuid& feature, QueltInSet& possible, QueltInSet& rejec
         } else {
             rejected.Put(*dictionary);
         }
-    }
-    if (kept.size() == static_cast<std::size_t>(possible.GetLength())) {
-        return;
     }
     possible.Clear();
     for (QueltInObject* const dictionary : kept) {

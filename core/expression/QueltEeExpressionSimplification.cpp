@@ -16,8 +16,8 @@ class ListSimplification {
 public:
     ListSimplification(const QueltQmSpecList& list, Joining joining) : m_list(list), m_joining(joining) {}
 
-    /// A new list that means the same, in `simplified`; null when it would be the same list. E_FAIL when a criterion
-    /// gives no copy.
+    /// A new list that means the same, in `simplified`; null when it would be the same list. E_FAIL when a
+    /// criterion gives no copy.
     long run(std::unique_ptr<QueltQmSpecList>& simplified) {
         if (!copyCriteria()) {
             return E_FAIL;
@@ -28,7 +28,8 @@ public:
     }
 
 private:
-    // Combining criteria takes their length times the logarithm of their number; what is allowed is far above that.
+    // Combining criteria takes their length times the logarithm of their number; what is allowed is far above
+    // that.
     static constexpr quelt::JoiningBudget s_leastBudget = 10'000'000;
     static constexpr quelt::JoiningBudget s_budgetPerValue = 64;
 

@@ -7,9 +7,9 @@
 
 namespace quelt {
 
-/// The nodes of a tree that a rewriting leaves as they are, with all that is below them, because it does not know what
-/// they mean or who else relies on them: restriction leaves, leaves without effectivity, nodes with aliases, operators
-/// with a child that is missing, classes that the core does not know. Uses bounded stack.
+/// The nodes of a tree that a rewriting leaves as they are, with all that is below them, because it does not
+/// know what they mean or who else relies on them: restriction leaves, leaves without effectivity, nodes with
+/// aliases, operators with a child that is missing, classes that the core does not know. Uses bounded stack.
 class FixedNodes {
 public:
     /// Looks through the tree below `root`.

@@ -45,8 +45,8 @@ struct Rewritten {
     static Rewritten node(QueltEeNodeRef& reference, bool isFixed);
     static Rewritten group(std::unique_ptr<GroupDraft> draft);
 
-    /// What is to stand above the reference or the group, because nodes that must stay are in it; and operators that say
-    /// just that, if there are.
+    /// What is to stand above the reference or the group, because nodes that must stay are in it; and
+    /// operators that say just that, if there are.
     Negations above;
     NegationChain chain;
 
@@ -60,8 +60,8 @@ struct Rewritten {
     bool isFixed = false;
 };
 
-/// The children of groups that are being rewritten, by number. A group's are linked, so that joining two groups takes
-/// constant time. Numbers ascend in the order of the tree.
+/// The children of groups that are being rewritten, by number. A group's are linked, so that joining two
+/// groups takes constant time. Numbers ascend in the order of the tree.
 class DraftChildren {
 public:
     static constexpr std::uint32_t s_none = 0xFFFFFFFFU;
@@ -89,8 +89,8 @@ struct GroupDraft {
     [[nodiscard]] bool strongValue() const noexcept { return !isAnd; }
     /// Links `number` behind the last child.
     void append(DraftChildren& children, std::uint32_t number);
-    /// Links the children of `other` behind the last one, and takes over what is known of them, at the cost of the smaller
-    /// group.
+    /// Links the children of `other` behind the last one, and takes over what is known of them, at the cost
+    /// of the smaller group.
     void appendAll(DraftChildren& children, GroupDraft& other);
     /// Calls `visit(number, child)` for each child that has not gone.
     template <class Visit>
@@ -110,13 +110,14 @@ struct GroupDraft {
     /// How many children have not gone, and how many of them hold nodes that must stay.
     std::size_t count = 0;
     std::size_t fixedCount = 0;
-    /// Children that are no references yet, and children that may go; each may have gone already. Only what has come since
-    /// a group was complete last is looked at when it is complete again.
+    /// Children that are no references yet, and children that may go; each may have gone already. Only what
+    /// has come since a group was complete last is looked at when it is complete again.
     std::vector<std::uint32_t> unsettled;
     std::vector<std::uint32_t> loose;
     /// Another group's children are among them.
     bool hasJoined = false;
-    /// The strong constant is among the children; a reference that holds it, or null. It stands in front of the others.
+    /// The strong constant is among the children; a reference that holds it, or null. It stands in front of
+    /// the others.
     bool isDecided = false;
     QueltEeNodeRef* constant = nullptr;
     CriterionIndex criteria;

@@ -43,12 +43,12 @@ std::optional<bool> constantOf(QueltEeVarEff& effectivity, bool isInDomain) {
 
 } // namespace
 
-/// Rewrites one tree, from the leaves up. Nodes stay where they are as long as nothing changes around them. Where
-/// something does, the group is emptied and made anew from its rewritten children, so that each reference is moved a
-/// limited number of times whatever the shape of the tree.
+/// Rewrites one tree, from the leaves up. Nodes stay where they are as long as nothing changes around them.
+/// Where something does, the group is emptied and made anew from its rewritten children, so that each
+/// reference is moved a limited number of times whatever the shape of the tree.
 ///
-/// Below a NOT-domain that stays where it is (see FixedNodes) leaves are combined "in the domain": what is exact for them
-/// is what is exact for their opposites in the domain, with AND and OR exchanged.
+/// Below a NOT-domain that stays where it is (see FixedNodes) leaves are combined "in the domain": what is
+/// exact for them is what is exact for their opposites in the domain, with AND and OR exchanged.
 class TreeRewriter {
 public:
     explicit TreeRewriter(QueltEeNodeRef& root)
@@ -83,8 +83,8 @@ private:
 
     // Walking
 
-    /// Comes to a reference: either there is a result, or a level has been opened. NOT and NOT-domain are never
-    /// handed down to nodes that must stay.
+    /// Comes to a reference: either there is a result, or a level has been opened. NOT and NOT-domain are
+    /// never handed down to nodes that must stay.
     void descend(QueltEeNodeRef& reference, Negations negations, bool isInDomain) {
         QueltEeNode& node = *reference.getNode();
         if (m_fixed.isFixed(node)) {
@@ -122,9 +122,10 @@ private:
         Level closed = std::move(level);
         m_levels.pop_back();
         // Into a group of the same kind the children go as they are; they are combined with those there.
-        const bool goesOn =
-            !m_levels.empty() && m_levels.back().draft != nullptr && m_levels.back().draft->isAnd == closed.draft->isAnd;
-        m_result = goesOn ? Rewritten::group(std::move(closed.draft)) : close(std::move(closed.draft), closed.isInDomain);
+        const bool goesOn = !m_levels.empty() && m_levels.back().draft != nullptr &&
+                            m_levels.back().draft->isAnd == closed.draft->isAnd;
+        m_result = goesOn ? Rewritten::group(std::move(closed.draft))
+                          : close(std::move(closed.draft), closed.isInDomain);
     }
 
     [[nodiscard]] Rewritten takeResult() { return *std::exchange(m_result, std::nullopt); }
@@ -175,7 +176,8 @@ private:
 
     /// Puts negations above what nodes that must stay are in.
     Rewritten negateFixed(NegationChain chain, Rewritten below) {
-        const bool isAsBefore = chain.top != nullptr && below.above.count() == 0 && isStill(below, *chain.target);
+        const bool isAsBefore =
+            chain.top != nullptr && below.above.count() == 0 && isStill(below, *chain.target);
         below.above = below.above.with(chain.negations);
         if (isAsBefore) {
             below.chain = chain;
@@ -225,7 +227,8 @@ private:
         return Rewritten::constant(!value, nullptr);
     }
 
-    Rewritten rewriteVarEff(QueltEeNodeRef& reference, QueltEeVarEff& effectivity, Negations negations, bool isInDomain) {
+    Rewritten rewriteVarEff(QueltEeNodeRef& reference, QueltEeVarEff& effectivity, Negations negations,
+                            bool isInDomain) {
         if (negations.negated) {
             effectivity.opNot();
         }
@@ -289,14 +292,16 @@ private:
     /// Brings a group whose children are complete to its shortest form.
     Rewritten close(std::unique_ptr<GroupDraft> draft, bool isInDomain) {
         if (!draft->isDecided) {
-            draft->criteria.joinNew([&](std::vector<std::uint32_t>& numbers) { join(*draft, numbers, isInDomain); });
+            draft->criteria.joinNew(
+                [&](std::vector<std::uint32_t>& numbers) { join(*draft, numbers, isInDomain); });
         }
         if (draft->isDecided) {
             dropAllButFixed(*draft);
         }
         if (draft->count == 0) {
             empty(*draft);
-            return Rewritten::constant(draft->isDecided ? draft->strongValue() : draft->isAnd, draft->constant);
+            return Rewritten::constant(draft->isDecided ? draft->strongValue() : draft->isAnd,
+                                       draft->constant);
         }
         if (draft->count == 1 && !draft->isDecided) {
             empty(*draft);
@@ -311,7 +316,8 @@ private:
 
     Rewritten takeOnly(const GroupDraft& draft) {
         std::uint32_t only = DraftChildren::s_none;
-        draft.forEach(m_children, [&only](std::uint32_t number, const DraftChildren::Child&) { only = number; });
+        draft.forEach(m_children,
+                      [&only](std::uint32_t number, const DraftChildren::Child&) { only = number; });
         return std::move(m_children[only].what);
     }
 
@@ -352,8 +358,9 @@ private:
         turnInDomain(effectivities, isInDomain);
         for (std::size_t position = 0; position < numbers.size(); ++position) {
             QueltEeVarEff* const effectivity = effectivities[position];
-            const std::optional<bool> constant =
-                effectivity != nullptr && changed[position] ? constantOf(*effectivity, isInDomain) : std::nullopt;
+            const std::optional<bool> constant = effectivity != nullptr && changed[position]
+                                                     ? constantOf(*effectivity, isInDomain)
+                                                     : std::nullopt;
             if (effectivity == nullptr || constant) {
                 drop(draft, numbers[position]);
             }
@@ -369,7 +376,9 @@ private:
         }
     }
 
-    [[nodiscard]] const QueltEeNode& nodeOf(std::uint32_t number) { return *m_children[number].what.reference->getNode(); }
+    [[nodiscard]] const QueltEeNode& nodeOf(std::uint32_t number) {
+        return *m_children[number].what.reference->getNode();
+    }
 
     void dropAllButFixed(GroupDraft& draft) {
         for (const std::uint32_t number : std::exchange(draft.loose, {})) {
@@ -400,15 +409,17 @@ private:
         } else if (dropped.draft->origin != nullptr) {
             leaveOver(*dropped.draft->origin);
         } else {
-            dropped.draft->forEach(m_children, [this](std::uint32_t /*number*/, const DraftChildren::Child& inner) {
-                leaveOver(*inner.what.reference);
-            });
+            dropped.draft->forEach(m_children,
+                                   [this](std::uint32_t /*number*/, const DraftChildren::Child& inner) {
+                                       leaveOver(*inner.what.reference);
+                                   });
         }
     }
 
     /// True when the group that the draft was made from says the same.
     [[nodiscard]] bool isAsBefore(const GroupDraft& draft) {
-        const auto* const group = draft.origin != nullptr ? QueltEeGroupOp::cast(draft.origin->getNode()) : nullptr;
+        const auto* const group =
+            draft.origin != nullptr ? QueltEeGroupOp::cast(draft.origin->getNode()) : nullptr;
         if (group == nullptr || group->isAnd() != draft.isAnd || draft.hasJoined) {
             return false;
         }
@@ -460,10 +471,12 @@ private:
     }
 
     QueltEeNodeRef* makeGroup(const GroupDraft& draft) {
-        QueltEeGroupOp* const group = draft.isAnd ? static_cast<QueltEeGroupOp*>(new QueltEeAndOp) : new QueltEeOrOp;
+        QueltEeGroupOp* const group =
+            draft.isAnd ? static_cast<QueltEeGroupOp*>(new QueltEeAndOp) : new QueltEeOrOp;
         QueltInLinkList& children = group->getChildren();
         if (draft.isDecided) {
-            children.PutBack(draft.constant != nullptr ? *draft.constant : *makeConstant(draft.strongValue()));
+            children.PutBack(draft.constant != nullptr ? *draft.constant
+                                                       : *makeConstant(draft.strongValue()));
         }
         draft.forEach(m_children, [&children](std::uint32_t /*number*/, const DraftChildren::Child& child) {
             children.PutBack(*child.what.reference);
@@ -479,7 +492,8 @@ private:
         }
     }
 
-    /// Notes a reference that the new tree does not need. It is deleted at the end, when nothing holds it any more.
+    /// Notes a reference that the new tree does not need. It is deleted at the end, when nothing holds it any
+    /// more.
     void leaveOver(QueltEeNodeRef& reference) {
         m_changed = true;
         if (&reference != &m_root) {

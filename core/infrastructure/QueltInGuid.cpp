@@ -4,6 +4,9 @@
 #include "infrastructure/QueltInTypedDefinition.h"
 #include "infrastructure/QueltInValueTools.h"
 
+#include <array>
+#include <cstring>
+
 template class QueltInTyped<QueltInGuid, QueltInObjectVal>;
 
 namespace {
@@ -76,9 +79,8 @@ int QueltInGuid::equals(const QueltInObjectVal& other) const {
 }
 
 unsigned int QueltInGuid::hash() const {
-    std::uint64_t hash = 0;
-    for (const std::uint8_t byte : m_bytes) {
-        hash = (hash ^ byte) * 0x100000001B3U;
-    }
-    return quelt::foldHash(quelt::mixBits(hash));
+    std::array<std::uint64_t, 2> halves{};
+    static_assert(sizeof halves == sizeof m_bytes);
+    std::memcpy(halves.data(), m_bytes.data(), sizeof halves);
+    return quelt::foldHash(quelt::hashInOrder(quelt::mixBits(halves[0]), halves[1]));
 }

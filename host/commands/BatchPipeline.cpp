@@ -11,10 +11,10 @@ constexpr std::size_t s_readSize = std::size_t{256} << 10U;
 
 } // namespace
 
-BatchPipeline::BatchPipeline(const LoadedContext& context, AnswerOptions options, unsigned jobs, ByteSource& input,
-                             ByteSink& output, Progress& progress)
-    : m_context(context), m_options(options), m_jobs(jobs), m_input(input), m_output(output), m_progress(progress),
-      m_slots(jobs + 3U) {} // one being read, one being written, one in reserve
+BatchPipeline::BatchPipeline(const LoadedContext& context, AnswerOptions options, unsigned jobs,
+                             ByteSource& input, ByteSink& output, Progress& progress)
+    : m_context(context), m_options(options), m_jobs(jobs), m_input(input), m_output(output),
+      m_progress(progress), m_slots(jobs + 3U) {} // one being read, one being written, one in reserve
 
 RunResult BatchPipeline::run() {
     std::vector<std::thread> threads;
@@ -100,9 +100,8 @@ void BatchPipeline::write() {
 BatchPipeline::Slot* BatchPipeline::await(std::uint64_t number, State state) {
     Slot& slot = m_slots[number % m_slots.size()];
     std::unique_lock lock(m_mutex);
-    m_changed.wait(lock, [&] {
-        return m_isStopped || slot.state == state || (m_isInputRead && number >= m_filled);
-    });
+    m_changed.wait(
+        lock, [&] { return m_isStopped || slot.state == state || (m_isInputRead && number >= m_filled); });
     return !m_isStopped && slot.state == state && !(m_isInputRead && number >= m_filled) ? &slot : nullptr;
 }
 

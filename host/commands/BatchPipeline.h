@@ -9,9 +9,9 @@
 
 namespace quelt::host {
 
-/// Runs a conversion on several threads. Batches go round in a ring: the calling thread fills the next free one, a worker
-/// converts it, the writer writes it when all before it are written, and it is free again. A lock is taken a few times for
-/// each batch, never for a record.
+/// Runs a conversion on several threads. Batches go round in a ring: the calling thread fills the next free
+/// one, a worker converts it, the writer writes it when all before it are written, and it is free again. A
+/// lock is taken a few times for each batch, never for a record.
 class BatchPipeline {
 public:
     /// See runConversion; `jobs` workers.

@@ -54,7 +54,9 @@ std::size_t persist(int descriptor, short event, Call call) {
             return static_cast<std::size_t>(count);
         }
         if (errno == EAGAIN || errno == EWOULDBLOCK) {
-            struct pollfd waiting {descriptor, event, 0};
+            struct pollfd waiting {
+                descriptor, event, 0
+            };
             ::poll(&waiting, 1, -1);
         } else if (errno != EINTR) {
             throw StreamFailure(errno);
@@ -78,7 +80,9 @@ public:
         }
         return static_cast<std::uint64_t>(status->st_size - position);
     }
-    [[nodiscard]] std::optional<FileIdentity> file() const override { return identityOf(m_descriptor.status()); }
+    [[nodiscard]] std::optional<FileIdentity> file() const override {
+        return identityOf(m_descriptor.status());
+    }
     [[nodiscard]] bool isDirectory() const {
         const std::optional<struct stat> status = m_descriptor.status();
         return status && S_ISDIR(status->st_mode);
@@ -104,7 +108,9 @@ public:
             throw StreamFailure(error);
         }
     }
-    [[nodiscard]] std::optional<FileIdentity> file() const override { return identityOf(m_descriptor.status()); }
+    [[nodiscard]] std::optional<FileIdentity> file() const override {
+        return identityOf(m_descriptor.status());
+    }
 
 private:
     Descriptor m_descriptor;

@@ -32,8 +32,8 @@ struct FileIdentity {
 class ByteSource {
 public:
     virtual ~ByteSource() = default;
-    /// Reads up to `size` bytes into `data`, at least one, waiting for it when need be; 0 at the end. Throws a
-    /// StreamFailure.
+    /// Reads up to `size` bytes into `data`, at least one, waiting for it when need be; 0 at the end. Throws
+    /// a StreamFailure.
     virtual std::size_t read(char* data, std::size_t size) = 0;
     /// How many bytes there are in all, when that is known beforehand.
     [[nodiscard]] virtual std::optional<std::uint64_t> size() const { return std::nullopt; }
@@ -47,7 +47,8 @@ public:
     virtual ~ByteSink() = default;
     /// Writes all of `bytes`. Throws a StreamFailure.
     virtual void write(std::string_view bytes) = 0;
-    /// Says that nothing more comes. Throws a StreamFailure when it turns out now that something was not written.
+    /// Says that nothing more comes. Throws a StreamFailure when it turns out now that something was not
+    /// written.
     virtual void finish() {}
     /// The regular file that is written, if it is one.
     [[nodiscard]] virtual std::optional<FileIdentity> file() const { return std::nullopt; }

@@ -15,7 +15,8 @@ enum class ExitStatus : int {
     unusable = 2 ///< nothing was done: the command line, or a file that it names, could not be used
 };
 
-/// One command of the application. It declares its options before the command line is read, and keeps what they say.
+/// One command of the application. It declares its options before the command line is read, and keeps what
+/// they say.
 class Command {
 public:
     virtual ~Command() = default;

@@ -9,7 +9,8 @@ std::string printable(std::string_view text) {
     std::string result(text);
     std::replace_if(
         result.begin(), result.end(),
-        [](char character) { return static_cast<unsigned char>(character) < 0x20U || character == '\x7f'; }, '?');
+        [](char character) { return static_cast<unsigned char>(character) < 0x20U || character == '\x7f'; },
+        '?');
     return result;
 }
 

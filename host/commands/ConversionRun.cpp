@@ -9,8 +9,8 @@ namespace {
 constexpr std::size_t s_readSize = std::size_t{1} << 20U;
 constexpr std::size_t s_writeSize = std::size_t{1} << 20U;
 
-RunResult runOnThisThread(const LoadedContext& context, AnswerOptions options, ByteSource& input, ByteSink& output,
-                          Progress& progress) {
+RunResult runOnThisThread(const LoadedContext& context, AnswerOptions options, ByteSource& input,
+                          ByteSink& output, Progress& progress) {
     RunResult result;
     RecordConverter converter(context, options);
     TextBuffer answers;

@@ -18,9 +18,10 @@ struct RunResult {
     std::optional<StreamFailure> writeFailure;
 };
 
-/// Converts all records of `input`, one a line, and writes their answers to `output` in the same order. Reads, converts
-/// and writes in batches, of which few are in memory at a time, however long the input is. With `jobs` 1 everything
-/// happens on the calling thread; with more, so many threads convert and one more writes.
+/// Converts all records of `input`, one a line, and writes their answers to `output` in the same order.
+/// Reads, converts and writes in batches, of which few are in memory at a time, however long the input is.
+/// With `jobs` 1 everything happens on the calling thread; with more, so many threads convert and one more
+/// writes.
 [[nodiscard]] RunResult runConversion(const LoadedContext& context, AnswerOptions options, unsigned jobs,
                                       ByteSource& input, ByteSink& output, Progress& progress);
 

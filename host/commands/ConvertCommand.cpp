@@ -82,19 +82,23 @@ void refuseOverwriting(const std::optional<FileIdentity>& answers, const ByteSou
 
 CLI::App& ConvertCommand::declare(CLI::App& application) {
     CLI::App* const command = application.add_subcommand(
-        "convert", "Convert records (one JSON object a line) and answer each with one line, in the same order");
+        "convert",
+        "Convert records (one JSON object a line) and answer each with one line, in the same order");
     command->add_option("--context", m_contextPath, "The dictionaries, variables and effectivities")
         ->required()
         ->type_name("FILE");
     command->add_option("records", m_recordsPath, "The records; standard input when left out or -")
         ->type_name("FILE");
-    command->add_option("-o,--output", m_answersPath, "Where the answers go; standard output when left out or -")
+    command
+        ->add_option("-o,--output", m_answersPath, "Where the answers go; standard output when left out or -")
         ->type_name("FILE");
     command->add_flag("--branch", m_branch, "Turn flat series into branching ones (not supported yet)");
-    command->add_flag("--with-input", m_options.withInput, "Show in each answer the expression as conversion left it");
+    command->add_flag("--with-input", m_options.withInput,
+                      "Show in each answer the expression as conversion left it");
     command->add_flag("--trace", m_options.withTrace, "Show in each answer how the conversion went");
     command
-        ->add_option("-j,--jobs", m_jobs, "How many threads convert; 0 for one a processor. Answers stay in order")
+        ->add_option("-j,--jobs", m_jobs,
+                     "How many threads convert; 0 for one a processor. Answers stay in order")
         ->check(CLI::Range(0U, s_maxJobs))
         ->default_val(1)
         ->type_name("N");
@@ -117,7 +121,8 @@ ExitStatus ConvertCommand::convert(Console& console) const {
     }
     const auto openedRecords = openUnlessOwn(m_recordsPath, openSource, "cannot read the records ");
     ByteSource& records = openedRecords ? *openedRecords : console.input;
-    refuseOverwriting(m_answersPath == "-" ? console.output.file() : fileAt(m_answersPath), records, m_contextPath);
+    refuseOverwriting(m_answersPath == "-" ? console.output.file() : fileAt(m_answersPath), records,
+                      m_contextPath);
     const std::unique_ptr<LoadedContext> context = loadContext(m_contextPath);
     const auto openedAnswers = openUnlessOwn(m_answersPath, openSink, "cannot write the answers ");
     ByteSink& answers = openedAnswers ? *openedAnswers : console.output;

@@ -93,7 +93,8 @@ void LineReader::cutLines(LineBatch& batch) {
     if (m_hasEnded) {
         addLine(batch, batch.m_size, true);
         m_lineBegin = batch.m_size;
-    } else if (m_isSkipping || batch.m_size - m_lineBegin > s_maxLineSize + 1) { // one more for a carriage return
+    } else if (m_isSkipping ||
+               batch.m_size - m_lineBegin > s_maxLineSize + 1) { // one more for a carriage return
         m_isSkipping = true;
         batch.m_size = m_lineBegin;
         m_searched = m_lineBegin;

@@ -47,15 +47,16 @@ private:
     std::uint64_t m_endOfInput = 0;
 };
 
-/// Cuts an input into lines, a batch at a time. Lines end with a line feed, or with a carriage return and a line feed; the
-/// last one may end with the input. A byte-order mark in front of the first is skipped, and so are lines of white space.
+/// Cuts an input into lines, a batch at a time. Lines end with a line feed, or with a carriage return and a
+/// line feed; the last one may end with the input. A byte-order mark in front of the first is skipped, and so
+/// are lines of white space.
 class LineReader {
 public:
     /// Reads `source` in pieces of `readSize` bytes.
     LineReader(ByteSource& source, std::size_t readSize) noexcept : m_source(source), m_readSize(readSize) {}
 
-    /// Puts the next lines into `batch`: those of one read, or, when a line is longer, of as many as it takes. False, and no
-    /// line, at the end of the input. Throws a StreamFailure; the input has then ended.
+    /// Puts the next lines into `batch`: those of one read, or, when a line is longer, of as many as it
+    /// takes. False, and no line, at the end of the input. Throws a StreamFailure; the input has then ended.
     [[nodiscard]] bool fill(LineBatch& batch);
 
 private:
@@ -66,9 +67,9 @@ private:
 
     ByteSource& m_source;
     std::size_t m_readSize;
-    std::vector<char> m_rest;     // the beginning of a line whose end was not in the batch before
-    std::size_t m_lineBegin = 0;  // of the line that is being read, in the batch
-    std::size_t m_searched = 0;   // where the search for its end goes on
+    std::vector<char> m_rest;    // the beginning of a line whose end was not in the batch before
+    std::size_t m_lineBegin = 0; // of the line that is being read, in the batch
+    std::size_t m_searched = 0;  // where the search for its end goes on
     std::uint64_t m_lineNumber = 0;
     std::uint64_t m_bytesRead = 0;
     bool m_isSkipping = false;

@@ -57,7 +57,8 @@ std::string describeProgress(const ProgressState& state, bool hasColours) {
     const std::uint64_t records = state.counts.records();
     std::string text = formatCount(records) + (records == 1 ? " record" : " records");
     if (state.seconds > 0) {
-        text += ", " + formatCount(static_cast<std::uint64_t>(static_cast<double>(records) / state.seconds)) + "/s";
+        text += ", " + formatCount(static_cast<std::uint64_t>(static_cast<double>(records) / state.seconds)) +
+                "/s";
     }
     if (state.share) {
         const double share = std::clamp(*state.share, 0.0, 1.0);
@@ -92,7 +93,8 @@ void Progress::update(const Counts& counts, std::uint64_t bytesRead) {
     }
     const std::string text = describeProgress(state, m_console.hasColours);
     const std::size_t width = widthOf(text);
-    m_console.messages << '\r' << text << std::string(m_width > width ? m_width - width : 0, ' ') << std::flush;
+    m_console.messages << '\r' << text << std::string(m_width > width ? m_width - width : 0, ' ')
+                       << std::flush;
     m_width = std::max(m_width, width);
 }
 

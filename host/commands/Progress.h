@@ -27,12 +27,12 @@ struct ProgressState {
 /// Shows how far a run has come, on one line of a terminal that is written over and over; nothing elsewhere.
 class Progress {
 public:
-    /// Shows nothing unless the messages of `console` go to a terminal. `inputSize` is that of the input in bytes, when it is
-    /// known.
+    /// Shows nothing unless the messages of `console` go to a terminal. `inputSize` is that of the input in
+    /// bytes, when it is known.
     Progress(const Console& console, std::optional<std::uint64_t> inputSize);
 
-    /// Tells that `counts` records were answered and `bytesRead` bytes of the input used; shows it when the last time was a
-    /// moment ago.
+    /// Tells that `counts` records were answered and `bytesRead` bytes of the input used; shows it when the
+    /// last time was a moment ago.
     void update(const Counts& counts, std::uint64_t bytesRead);
     /// Takes the line from the terminal, before something else is written there.
     void clear();

@@ -15,15 +15,16 @@ struct AnswerOptions {
     bool withTrace = false;
 };
 
-/// Converts records, one after the other. Each record's objects stand in an arena that is dropped when its answer is
-/// written. A converter belongs to the thread that made it; those of several threads may share a context.
+/// Converts records, one after the other. Each record's objects stand in an arena that is dropped when its
+/// answer is written. A converter belongs to the thread that made it; those of several threads may share a
+/// context.
 class RecordConverter {
 public:
     /// Records refer to `context`, which must outlive the converter.
     RecordConverter(const LoadedContext& context, AnswerOptions options);
 
-    /// Converts what stands on `line` (with the text `text`) and appends its answer, one line, to `answers`. Counts the
-    /// record in `counts`.
+    /// Converts what stands on `line` (with the text `text`) and appends its answer, one line, to `answers`.
+    /// Counts the record in `counts`.
     void convert(const Line& line, PaddedText text, TextBuffer& answers, Counts& counts);
     /// Why records failed so far.
     [[nodiscard]] const FailureTally& failures() const noexcept { return m_failures; }

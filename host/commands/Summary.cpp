@@ -27,15 +27,16 @@ std::string padLeft(const std::string& text, std::size_t width) {
 /// A line of the summary: what is counted, and the number, right-aligned.
 class Table {
 public:
-    Table(std::ostream& out, const Counts& counts) : m_out(out), m_width(formatCount(counts.records()).size()) {}
+    Table(std::ostream& out, const Counts& counts)
+        : m_out(out), m_width(formatCount(counts.records()).size()) {}
 
     void writeCount(std::string label, std::uint64_t count) const {
         label.resize(s_labelWidth, ' ');
         m_out << "  " << label << padLeft(formatCount(count), m_width) << '\n';
     }
     void writeReason(std::uint64_t count, std::string_view text) const {
-        m_out << "  " << std::string(s_labelWidth, ' ') << padLeft(formatCount(count), m_width) << "  " << printable(text)
-              << '\n';
+        m_out << "  " << std::string(s_labelWidth, ' ') << padLeft(formatCount(count), m_width) << "  "
+              << printable(text) << '\n';
     }
 
 private:
@@ -65,9 +66,9 @@ void writeSummary(std::ostream& out, const Counts& counts, const FailureTally& f
                   bool hasColours) {
     const std::uint64_t records = counts.records();
     const auto rate = static_cast<std::uint64_t>(seconds > 0 ? static_cast<double>(records) / seconds : 0);
-    out << (hasColours ? "\x1b[1m" : "") << formatCount(records) << (records == 1 ? " record" : " records") << " in "
-        << formatSeconds(seconds) << ", " << formatCount(rate) << " records/s" << (hasColours ? "\x1b[0m" : "")
-        << '\n';
+    out << (hasColours ? "\x1b[1m" : "") << formatCount(records) << (records == 1 ? " record" : " records")
+        << " in " << formatSeconds(seconds) << ", " << formatCount(rate) << " records/s"
+        << (hasColours ? "\x1b[0m" : "") << '\n';
     const Table table(out, counts);
     table.writeCount("converted", counts.converted);
     table.writeCount("failed", counts.failed);

@@ -25,8 +25,8 @@ struct Counts {
     }
 };
 
-/// How often records failed for which reason. Texts past a bound are counted together, so that an input whose every
-/// error is different fills no memory.
+/// How often records failed for which reason. Texts past a bound are counted together, so that an input whose
+/// every error is different fills no memory.
 class FailureTally {
 public:
     /// So many texts are told apart.
@@ -36,7 +36,8 @@ public:
     void add(std::string_view text) { add(text, 1); }
     /// Adds what `other` counted.
     void add(const FailureTally& other);
-    /// The reasons with how often each came, the most frequent first, equally frequent ones in the order of their texts.
+    /// The reasons with how often each came, the most frequent first, equally frequent ones in the order of
+    /// their texts.
     [[nodiscard]] std::vector<std::pair<std::string_view, std::uint64_t>> mostFrequent() const;
     /// How many failures had a text that was not told apart.
     [[nodiscard]] std::uint64_t others() const noexcept { return m_others; }
@@ -44,7 +45,9 @@ public:
 private:
     struct TextHash {
         using is_transparent = void;
-        std::size_t operator()(std::string_view text) const noexcept { return std::hash<std::string_view>()(text); }
+        std::size_t operator()(std::string_view text) const noexcept {
+            return std::hash<std::string_view>()(text);
+        }
     };
     void add(std::string_view text, std::uint64_t count);
 

@@ -13,7 +13,8 @@ namespace quelt::host {
 namespace {
 
 /// Writes the texts of one kind as an array under `key`, or nothing when there is none.
-void writeMessages(JsonWriter& writer, std::string_view key, LineKind kind, std::span<const QueltInTraceLine> lines) {
+void writeMessages(JsonWriter& writer, std::string_view key, LineKind kind,
+                   std::span<const QueltInTraceLine> lines) {
     bool isFirst = true;
     eachReportedLine(lines, [&](const ReportedLine& reported) {
         if (reported.kind != kind) {
@@ -102,8 +103,8 @@ void AnswerWriter::writeMap(JsonWriter& writer, const QueltInMap* map) {
     writer.endArray();
 }
 
-void AnswerWriter::writeMalformed(JsonWriter& writer, std::uint64_t lineNumber, std::optional<std::string_view> id,
-                                  std::string_view what) {
+void AnswerWriter::writeMalformed(JsonWriter& writer, std::uint64_t lineNumber,
+                                  std::optional<std::string_view> id, std::string_view what) {
     writer.beginObject();
     writer.key("line");
     writer.number(static_cast<std::int64_t>(lineNumber));

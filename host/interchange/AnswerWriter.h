@@ -35,8 +35,8 @@ public:
     /// Writes what came of a record.
     void write(JsonWriter& writer, const Answer& answer);
     /// Writes that the line with this number is no record, and why.
-    static void writeMalformed(JsonWriter& writer, std::uint64_t lineNumber, std::optional<std::string_view> id,
-                               std::string_view what);
+    static void writeMalformed(JsonWriter& writer, std::uint64_t lineNumber,
+                               std::optional<std::string_view> id, std::string_view what);
 
 private:
     void writeMap(JsonWriter& writer, const QueltInMap* map);

@@ -26,12 +26,13 @@ QueltInGuid readGuid(const Value& value) {
 
 /// Lets a variable have the keys that all have, and `more`.
 void allowKeys(const VariableFields& fields, VariableFields::Mask more, const char* owner) {
-    fields.allowOnly(VariableFields::s_mask<Key::kind, Key::name, Key::guid> | more, [owner] { return owner; });
+    fields.allowOnly(VariableFields::s_mask<Key::kind, Key::name, Key::guid> | more,
+                     [owner] { return owner; });
 }
 
 template <class Variable>
-std::unique_ptr<QueltEeVariable> readNamedValueVariable(const VariableFields& fields, const QueltInString& name,
-                                                        const QueltInGuid& guid) {
+std::unique_ptr<QueltEeVariable> readNamedValueVariable(const VariableFields& fields,
+                                                        const QueltInString& name, const QueltInGuid& guid) {
     auto variable = std::make_unique<Variable>(name, guid);
     fields.need<Key::values>().eachItem([&](const Value& item) {
         const std::string_view value = item.text();
@@ -79,8 +80,8 @@ void readElement(const Value& item, QueltEeTreeSeriesVar& variable) {
     }
 }
 
-std::unique_ptr<QueltEeVariable> readTreeSeriesVariable(const VariableFields& fields, const QueltInString& name,
-                                                        const QueltInGuid& guid) {
+std::unique_ptr<QueltEeVariable> readTreeSeriesVariable(const VariableFields& fields,
+                                                        const QueltInString& name, const QueltInGuid& guid) {
     auto variable = std::make_unique<QueltEeTreeSeriesVar>(name, guid, fields.need<Key::number>().uint32());
     const Value elements = fields.need<Key::elements>();
     elements.eachItem([&](const Value& item) { readElement(item, *variable); });
@@ -112,7 +113,8 @@ std::unique_ptr<QueltEeVariable> readVariable(const Value& value) {
         allowKeys(fields, VariableFields::s_mask<Key::number, Key::elements>, "a tree series");
         return readTreeSeriesVariable(fields, name, guid);
     }
-    kind.refuse("unknown kind " + inQuotes(kindName) + " (option, selection, serial and treeSeries are known)");
+    kind.refuse("unknown kind " + inQuotes(kindName) +
+                " (option, selection, serial and treeSeries are known)");
 }
 
 [[noreturn]] void refuseRepeatedName(const Value& object, std::string_view what, std::string_view name) {
@@ -125,7 +127,8 @@ void readDictionary(const Value& value, LoadedContext& context) {
     if (context.findDictionary(name) != nullptr) {
         refuseRepeatedName(value, "dictionary", name);
     }
-    auto dictionary = std::make_unique<QueltEeModelDico>(QueltInString(name), readGuid(fields.need<Key::guid>()));
+    auto dictionary =
+        std::make_unique<QueltEeModelDico>(QueltInString(name), readGuid(fields.need<Key::guid>()));
     if (const std::optional<Value> variables = fields.find<Key::variables>()) {
         variables->eachItem([&](const Value& item) {
             std::unique_ptr<QueltEeVariable> variable = readVariable(item);
@@ -159,8 +162,8 @@ void readEffectivity(const Value& value, LoadedContext& context) {
     }
 }
 
-void readInheritance(const Value& inheritedIn, const QueltEeBasicEff& effectivity, const ExpressionReader& reader,
-                     LoadedContext& context) {
+void readInheritance(const Value& inheritedIn, const QueltEeBasicEff& effectivity,
+                     const ExpressionReader& reader, LoadedContext& context) {
     inheritedIn.eachItem([&](const Value& name) {
         if (!context.addInheritance(effectivity, reader.findDictionary(name))) {
             name.refuse("dictionary " + inQuotes(name.text()) + " given twice");

@@ -122,7 +122,8 @@ void writeInheritance(JsonWriter& writer, const QueltEeBasicEff& effectivity, co
     writer.endArray();
 }
 
-void writeExpression(JsonWriter& writer, const QueltEeExpression& expression, ExpressionWriter& expressionWriter) {
+void writeExpression(JsonWriter& writer, const QueltEeExpression& expression,
+                     ExpressionWriter& expressionWriter) {
     writer.key(Key::expression);
     writer.beginObject();
     if (const auto* const generic = QueltEeGenericExpression::cast(&expression)) {
@@ -176,9 +177,10 @@ void writeContext(JsonWriter& writer, const LoadedContext& context) {
                      [&](const QueltEeModelDico& dictionary) { writeDictionary(writer, dictionary); });
     writeUnlessEmpty(writer, Key::variables, context.topVariables(),
                      [&](const QueltEeVariable& variable) { writeVariable(writer, variable); });
-    writeUnlessEmpty(writer, Key::effectivities, context.effectivities(), [&](const QueltEeEffectivity& effectivity) {
-        writeEffectivity(writer, effectivity, context, expressionWriter);
-    });
+    writeUnlessEmpty(writer, Key::effectivities, context.effectivities(),
+                     [&](const QueltEeEffectivity& effectivity) {
+                         writeEffectivity(writer, effectivity, context, expressionWriter);
+                     });
     writer.endObject();
 }
 

@@ -86,8 +86,7 @@ std::int64_t readDateBound(const Value& bound, std::int64_t openEnd) {
     return *seconds;
 }
 
-using SelectionFields =
-    Fields<Key::single, Key::singleIncl, Key::from, Key::fromIncl, Key::to, Key::toIncl>;
+using SelectionFields = Fields<Key::single, Key::singleIncl, Key::from, Key::fromIncl, Key::to, Key::toIncl>;
 
 const QueltEeTreeSeriesElement* findElement(const QueltEeTreeSeriesVar& variable, const Value& number) {
     QueltEeTreeSeriesElement* element = nullptr;
@@ -229,7 +228,8 @@ std::unique_ptr<QueltEeVarEff> CriterionReader::readNamedValues(Key form, const 
 }
 
 std::unique_ptr<QueltEeVarEff> CriterionReader::readSerial(const NodeFields& fields) const {
-    auto effectivity = std::make_unique<QueltEeSerialEff>(findVariable<QueltEeSerialVar>(Key::serial, fields));
+    auto effectivity =
+        std::make_unique<QueltEeSerialEff>(findVariable<QueltEeSerialVar>(Key::serial, fields));
     fields.need<Key::in>().eachItem(
         [&](const Value& item) { effectivity->addInterval(readSerialInterval(item)); });
     return effectivity;

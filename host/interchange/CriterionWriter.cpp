@@ -125,7 +125,8 @@ void CriterionWriter::writeVariable(JsonWriter& writer, Key form, const QueltEeD
     }
 }
 
-void CriterionWriter::writeNamedValues(JsonWriter& writer, Key form, const QueltEeNamedValueEff& effectivity) const {
+void CriterionWriter::writeNamedValues(JsonWriter& writer, Key form,
+                                       const QueltEeNamedValueEff& effectivity) const {
     writeVariable(writer, form, effectivity.getVar());
     writer.key(Key::in);
     writer.beginArray();

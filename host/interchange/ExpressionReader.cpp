@@ -45,8 +45,8 @@ std::unique_ptr<QueltEeGenericExpression> ExpressionReader::readList(const Value
     } else if (named) {
         named->eachItem([](const Value& item) { item.refuse("a list that is null names no effectivities"); });
     }
-    const auto listMode =
-        mode ? static_cast<QueltEeGenericExpression::ListMode>(mode->int32()) : QueltEeGenericExpression::ListMode::all;
+    const auto listMode = mode ? static_cast<QueltEeGenericExpression::ListMode>(mode->int32())
+                               : QueltEeGenericExpression::ListMode::all;
     return std::make_unique<QueltEeGenericExpression>(specList.release(), listMode);
 }
 
@@ -192,18 +192,20 @@ std::unique_ptr<QueltEeExpression> ExpressionReader::readMultiModel(const Value&
 }
 
 std::unique_ptr<QueltEeExpression> ExpressionReader::readFilter(const MultiModelFields& fields) const {
-    fields.allowOnly(MultiModelFields::s_mask<Key::kind, Key::dictionary, Key::mode, Key::criteria, Key::named>,
-                     [] { return "a filter"; });
+    fields.allowOnly(
+        MultiModelFields::s_mask<Key::kind, Key::dictionary, Key::mode, Key::criteria, Key::named>,
+        [] { return "a filter"; });
     const std::optional<Value> dictionary = fields.find<Key::dictionary>();
     const std::optional<Value> mode = fields.find<Key::mode>();
-    auto filter =
-        std::make_unique<QueltEeFilterExpression>(dictionary ? &findDictionary(*dictionary) : nullptr, nullptr);
+    auto filter = std::make_unique<QueltEeFilterExpression>(
+        dictionary ? &findDictionary(*dictionary) : nullptr, nullptr);
     filter->setListMode(mode ? mode->int32() : 0);
     filter->setSpecList(readSpecList(fields.need<Key::criteria>(), fields.find<Key::named>()).release());
     return filter;
 }
 
-void ExpressionReader::readCriteria(const MultiModelFields& fields, QueltEeMultiModelExpression& expression) const {
+void ExpressionReader::readCriteria(const MultiModelFields& fields,
+                                    QueltEeMultiModelExpression& expression) const {
     if (const std::optional<Value> global = fields.find<Key::global>()) {
         OwnedNode criterion = readNode(*global, 1);
         if (expression.setGlobalCriteria(criterion.get()) >= 0) {

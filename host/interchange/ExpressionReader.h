@@ -26,7 +26,8 @@ public:
 
     /// The body under "tree"; null makes an expression with neither list nor tree.
     [[nodiscard]] std::unique_ptr<QueltEeGenericExpression> readTree(const Value& tree) const;
-    /// The body under "list" with what stands under "named" and "mode"; null makes a list form whose list is null.
+    /// The body under "list" with what stands under "named" and "mode"; null makes a list form whose list is
+    /// null.
     [[nodiscard]] std::unique_ptr<QueltEeGenericExpression>
     readList(const Value& list, const std::optional<Value>& named, const std::optional<Value>& mode) const;
     /// A converted expression: an effectivity, a change or a filter.
@@ -38,8 +39,8 @@ public:
     [[nodiscard]] QueltEeModelDico& findDictionary(const Value& name) const;
 
 private:
-    using MultiModelFields =
-        Fields<Key::kind, Key::global, Key::criteria, Key::operations, Key::dictionary, Key::mode, Key::named>;
+    using MultiModelFields = Fields<Key::kind, Key::global, Key::criteria, Key::operations, Key::dictionary,
+                                    Key::mode, Key::named>;
 
     [[nodiscard]] OwnedNode readNode(const Value& value, unsigned level) const;
     template <class Group>

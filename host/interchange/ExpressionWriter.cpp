@@ -106,7 +106,8 @@ void ExpressionWriter::continueNode(JsonWriter& writer) {
 }
 
 void ExpressionWriter::writeLeaf(JsonWriter& writer, const QueltEeNode& node) const {
-    if (const auto* const leaf = QueltEeVarEffLeaf::cast(&node); leaf != nullptr && leaf->getVarEff() != nullptr) {
+    if (const auto* const leaf = QueltEeVarEffLeaf::cast(&node);
+        leaf != nullptr && leaf->getVarEff() != nullptr) {
         m_criterionWriter.write(writer, *leaf->getVarEff());
         return;
     }

@@ -16,8 +16,8 @@ class QueltQmSpecList;
 
 namespace quelt::host {
 
-/// Writes nodes and expressions in the interchange form. Uses bounded stack for trees of any depth. Not for use by
-/// several threads at once.
+/// Writes nodes and expressions in the interchange form. Uses bounded stack for trees of any depth. Not for
+/// use by several threads at once.
 class ExpressionWriter {
 public:
     /// `context` tells which names need an "of"; it must outlive the writer.
@@ -27,8 +27,8 @@ public:
     void writeNode(JsonWriter& writer, const QueltEeNodeRef* reference);
     /// Writes a multi-model expression or a filter as one object.
     void writeMultiModel(JsonWriter& writer, const QueltEeExpression& expression);
-    /// Writes the keys of a generic expression's body ("tree", or "list" with "named" and "mode") into the object that is
-    /// being written.
+    /// Writes the keys of a generic expression's body ("tree", or "list" with "named" and "mode") into the
+    /// object that is being written.
     void writeBody(JsonWriter& writer, const QueltEeGenericExpression& expression);
 
 private:

@@ -30,8 +30,8 @@ public:
     template <Key... Some>
     static constexpr Mask s_mask = ((Mask{1} << s_slots[static_cast<std::size_t>(Some)]) | ... | Mask{0});
 
-    /// Reads the fields of `object`, which must outlive the fields. Refuses anything but an object, a key that is not
-    /// known, and one that is given twice.
+    /// Reads the fields of `object`, which must outlive the fields. Refuses anything but an object, a key
+    /// that is not known, and one that is given twice.
     explicit Fields(const Value& object) : m_object(object) {
         for (const auto [key, element] : object.object()) {
             const std::uint8_t number = keys::find(key);
@@ -85,8 +85,8 @@ public:
         return {m_elements[s_slots[static_cast<std::size_t>(name)]], place().child(nameOf(name))};
     }
 
-    /// Refuses the first key of the object that is none of `allowed`: "key 'in' does not belong to ...", with what
-    /// `owner()` says.
+    /// Refuses the first key of the object that is none of `allowed`: "key 'in' does not belong to ...", with
+    /// what `owner()` says.
     template <class Owner>
     void allowOnly(Mask allowed, Owner owner) const {
         if ((m_given & ~allowed) == 0) {
@@ -94,7 +94,8 @@ public:
         }
         for (const auto [key, element] : m_object.object()) {
             if ((allowed & (Mask{1} << s_slots[keys::find(key)])) == 0) {
-                place().child(key).refuse("key " + inQuotes(key) + " does not belong to " + std::string(owner()));
+                place().child(key).refuse("key " + inQuotes(key) + " does not belong to " +
+                                          std::string(owner()));
             }
         }
     }

@@ -10,7 +10,8 @@ namespace quelt::host {
 
 namespace {
 
-/// The length of the well-formed UTF-8 sequence at the beginning of `text`, 0 when there is none (Unicode, table 3-7).
+/// The length of the well-formed UTF-8 sequence at the beginning of `text`, 0 when there is none (Unicode,
+/// table 3-7).
 std::size_t sequenceLength(std::string_view text) {
     const auto byte = [text](std::size_t index) -> unsigned {
         return index < text.size() ? static_cast<unsigned char>(text[index]) : 0U;
@@ -158,7 +159,8 @@ private:
 
     void open() {
         if (m_levels.size() == s_maxJsonDepth) {
-            failAt(m_at, "objects and arrays nested more than " + std::to_string(s_maxJsonDepth) + " deep", {});
+            failAt(m_at, "objects and arrays nested more than " + std::to_string(s_maxJsonDepth) + " deep",
+                   {});
         }
         m_levels.push_back({m_text[m_at] == '{', 0, {}});
         ++m_at;
@@ -252,7 +254,8 @@ private:
         }
     }
 
-    /// What stands behind "\u": a code point, or the first half of a surrogate pair with the second to follow.
+    /// What stands behind "\u": a code point, or the first half of a surrogate pair with the second to
+    /// follow.
     std::uint32_t scanCodePoint() {
         const std::size_t begin = m_at - 2;
         const std::uint32_t high = scanHex();

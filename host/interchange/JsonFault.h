@@ -22,8 +22,8 @@ struct JsonFault {
     std::optional<std::string> id;
 };
 
-/// Looks for the first fault of a text that the parser refused; the parser itself does not say where. Nothing when there is
-/// none to be found.
+/// Looks for the first fault of a text that the parser refused; the parser itself does not say where. Nothing
+/// when there is none to be found.
 [[nodiscard]] std::optional<JsonFault> findJsonFault(std::string_view text);
 
 /// A position for people: the line, and the character in it, both from 1.

@@ -24,7 +24,8 @@ constexpr std::size_t s_usualSize = std::size_t{1} << 20U;
 
 PaddedText withoutUtf8Mark(PaddedText text) noexcept {
     constexpr std::string_view mark = "\xEF\xBB\xBF";
-    return text.view().starts_with(mark) ? PaddedText{text.data + mark.size(), text.size - mark.size()} : text;
+    return text.view().starts_with(mark) ? PaddedText{text.data + mark.size(), text.size - mark.size()}
+                                         : text;
 }
 
 JsonParser::JsonParser() {

@@ -24,7 +24,8 @@ struct PaddedText {
 class SyntaxRefusal : public Refusal {
 public:
     /// `what` with the place in the document, without the position.
-    SyntaxRefusal(const std::string& what, std::optional<TextPosition> position, std::optional<std::string> id)
+    SyntaxRefusal(const std::string& what, std::optional<TextPosition> position,
+                  std::optional<std::string> id)
         : Refusal(what), m_position(position), m_id(std::move(id)) {}
     [[nodiscard]] const std::optional<TextPosition>& position() const noexcept { return m_position; }
     /// The outermost object's "id", when it could be read all the same.
@@ -35,8 +36,8 @@ private:
     std::optional<std::string> m_id;
 };
 
-/// Parses one JSON document after the other. Keeps the memory of the usual ones and gives that of unusually large ones
-/// back.
+/// Parses one JSON document after the other. Keeps the memory of the usual ones and gives that of unusually
+/// large ones back.
 class JsonParser {
 public:
     JsonParser();

@@ -10,15 +10,78 @@ namespace quelt::host {
 
 /// Every key of the interchange form.
 enum class Key : std::uint8_t {
-and_, basicEff, binary, branch, change, compiled, criteria, date, dictionaries, dictionary, eff, effectivities, effectivity, elements, empty, expression, externalType, format, from, fromIncl, global, guid, id, in, inherited, inheritedIn, kind, list, mode, multiModel, name, named, negated, noVar, not_, notDomain, number, of, operations, option, or_, own, parent, restriction, rev, revisions, selection, seq, serial, single, singleIncl, to, toIncl, tree, treeSeries, values, variables
+    and_,
+    basicEff,
+    binary,
+    branch,
+    change,
+    compiled,
+    criteria,
+    date,
+    dictionaries,
+    dictionary,
+    eff,
+    effectivities,
+    effectivity,
+    elements,
+    empty,
+    expression,
+    externalType,
+    format,
+    from,
+    fromIncl,
+    global,
+    guid,
+    id,
+    in,
+    inherited,
+    inheritedIn,
+    kind,
+    list,
+    mode,
+    multiModel,
+    name,
+    named,
+    negated,
+    noVar,
+    not_,
+    notDomain,
+    number,
+    of,
+    operations,
+    option,
+    or_,
+    own,
+    parent,
+    restriction,
+    rev,
+    revisions,
+    selection,
+    seq,
+    serial,
+    single,
+    singleIncl,
+    to,
+    toIncl,
+    tree,
+    treeSeries,
+    values,
+    variables
 };
 
 namespace keys {
 
 /// The keys as they are written, in the order of Key.
 inline constexpr std::string_view s_names[] = {
-"and", "basicEff", "binary", "branch", "change", "compiled", "criteria", "date", "dictionaries", "dictionary", "eff", "effectivities", "effectivity", "elements", "empty", "expression", "externalType", "format", "from", "fromIncl", "global", "guid", "id", "in", "inherited", "inheritedIn", "kind", "list", "mode", "multiModel", "name", "named", "negated", "noVar", "not", "notDomain", "number", "of", "operations", "option", "or", "own", "parent", "restriction", "rev", "revisions", "selection", "seq", "serial", "single", "singleIncl", "to", "toIncl", "tree", "treeSeries", "values", "variables"
-};
+    "and",       "basicEff",     "binary",       "branch",     "change",        "compiled",    "criteria",
+    "date",      "dictionaries", "dictionary",   "eff",        "effectivities", "effectivity", "elements",
+    "empty",     "expression",   "externalType", "format",     "from",          "fromIncl",    "global",
+    "guid",      "id",           "in",           "inherited",  "inheritedIn",   "kind",        "list",
+    "mode",      "multiModel",   "name",         "named",      "negated",       "noVar",       "not",
+    "notDomain", "number",       "of",           "operations", "option",        "or",          "own",
+    "parent",    "restriction",  "rev",          "revisions",  "selection",     "seq",         "serial",
+    "single",    "singleIncl",   "to",           "toIncl",     "tree",          "treeSeries",  "values",
+    "variables"};
 inline constexpr std::size_t s_count = std::size(s_names);
 /// "Not a key of the interchange form."
 inline constexpr std::uint8_t s_none = 0xFF;

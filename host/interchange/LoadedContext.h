@@ -12,8 +12,8 @@
 
 namespace quelt::host {
 
-/// What a context file describes: dictionaries, variables that no dictionary holds, and effectivities, with fast look-ups
-/// by name. It owns everything. Once it is filled, any number of threads may read it.
+/// What a context file describes: dictionaries, variables that no dictionary holds, and effectivities, with
+/// fast look-ups by name. It owns everything. Once it is filled, any number of threads may read it.
 class LoadedContext {
 public:
     /// Who bears a variable's name.
@@ -28,12 +28,13 @@ public:
     LoadedContext(const LoadedContext&) = delete;
     LoadedContext& operator=(const LoadedContext&) = delete;
 
-    // Filling. Each takes its argument over, or answers false, when the name is taken. Dictionaries come before variables of
-    // the top, and with all their variables.
+    // Filling. Each takes its argument over, or answers false, when the name is taken. Dictionaries come
+    // before variables of the top, and with all their variables.
     bool addDictionary(std::unique_ptr<QueltEeModelDico> dictionary);
     bool addTopVariable(std::unique_ptr<QueltEeVariable> variable);
     bool addEffectivity(std::unique_ptr<QueltEeEffectivity> effectivity);
-    /// Says that the inherited effectivity of `effectivity` applies in `dictionary`; false when that was said before.
+    /// Says that the inherited effectivity of `effectivity` applies in `dictionary`; false when that was said
+    /// before.
     bool addInheritance(const QueltEeBasicEff& effectivity, QueltEeModelDico& dictionary);
 
     // Look-ups; null when there is none.
@@ -44,8 +45,12 @@ public:
 
     // Everything in the order of the file.
     [[nodiscard]] std::span<QueltEeModelDico* const> dictionaries() const noexcept { return m_dictionaries; }
-    [[nodiscard]] std::span<const QueltEeVariable* const> topVariables() const noexcept { return m_topVariables; }
-    [[nodiscard]] std::span<QueltEeEffectivity* const> effectivities() const noexcept { return m_effectivities; }
+    [[nodiscard]] std::span<const QueltEeVariable* const> topVariables() const noexcept {
+        return m_topVariables;
+    }
+    [[nodiscard]] std::span<QueltEeEffectivity* const> effectivities() const noexcept {
+        return m_effectivities;
+    }
 
     /// The same as the conversion services see it.
     [[nodiscard]] const QueltEeExpressionContext& expressionContext() const noexcept { return m_context; }

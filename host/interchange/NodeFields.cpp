@@ -8,7 +8,7 @@ using Mask = NodeFields::Mask;
 
 constexpr Mask s_flags = NodeFields::s_mask<Key::negated, Key::noVar>;
 constexpr Mask s_forms =
-    ~(s_flags | NodeFields::s_mask<Key::in, Key::of>) & ((Mask{1} << NodeFields::s_size) - 1);
+    ~(s_flags | NodeFields::s_mask<Key::in, Key::of>)&((Mask{1} << NodeFields::s_size) - 1);
 
 /// The keys that a node of this form may have beside the form's own.
 Mask goesWith(Key form) {

@@ -13,8 +13,9 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-/// Where a value stands in a JSON document, as a chain of places on the stack of whoever reads it: a place must not
-/// outlive the one that it was made from. The text of the way there is built only when something is wrong.
+/// Where a value stands in a JSON document, as a chain of places on the stack of whoever reads it: a place
+/// must not outlive the one that it was made from. The text of the way there is built only when something is
+/// wrong.
 class Place {
 public:
     /// The whole document.

@@ -11,7 +11,8 @@ constexpr RecordFields::Mask s_withAny = RecordFields::s_mask<Key::id>;
 constexpr RecordFields::Mask s_withExpression =
     s_withAny | RecordFields::s_mask<Key::change, Key::basicEff, Key::branch>;
 
-std::unique_ptr<QueltEeGenericExpression> readExpression(const RecordFields& fields, const ExpressionReader& reader) {
+std::unique_ptr<QueltEeGenericExpression> readExpression(const RecordFields& fields,
+                                                         const ExpressionReader& reader) {
     if (const std::optional<Value> tree = fields.find<Key::tree>()) {
         fields.allowOnly(s_withExpression | RecordFields::s_mask<Key::tree>, [] { return "'tree'"; });
         return reader.readTree(*tree);

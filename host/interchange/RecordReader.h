@@ -24,10 +24,11 @@ public:
     /// Names are looked up in `context`, which must outlive the reader.
     explicit RecordReader(const LoadedContext& context) noexcept : m_expressionReader(context) {}
 
-    /// The record that the document `root` describes; its expression is made in the memory that is current on the
-    /// thread. Throws a Refusal.
+    /// The record that the document `root` describes; its expression is made in the memory that is current on
+    /// the thread. Throws a Refusal.
     [[nodiscard]] Record read(simdjson::dom::element root) const;
-    /// The "id" of a document, whatever else is wrong with it; nothing when it has none, more than one, or no text.
+    /// The "id" of a document, whatever else is wrong with it; nothing when it has none, more than one, or no
+    /// text.
     [[nodiscard]] static std::optional<std::string_view> findId(simdjson::dom::element root);
 
 private:

@@ -23,8 +23,8 @@ struct ReportedLine {
     std::string_view text;
 };
 
-/// Calls `visit` with the lines that the migration module wrote, in order, without the location lines of error reports.
-/// `visit` answers whether to go on.
+/// Calls `visit` with the lines that the migration module wrote, in order, without the location lines of
+/// error reports. `visit` answers whether to go on.
 template <class Visit>
 void eachReportedLine(std::span<const QueltInTraceLine> lines, Visit visit) {
     const std::string_view location = QueltInTraceClass::GetError();

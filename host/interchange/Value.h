@@ -9,8 +9,8 @@
 
 namespace quelt::host {
 
-/// A JSON value with its place. What it is asked for it must be: anything else is refused by a Refusal that names the
-/// place.
+/// A JSON value with its place. What it is asked for it must be: anything else is refused by a Refusal that
+/// names the place.
 class Value {
 public:
     /// The value `element` at `place`.

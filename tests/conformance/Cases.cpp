@@ -96,7 +96,8 @@ std::map<std::string, const Json*, std::less<>> answersBySetting(const Json& val
             if (setting == "all") {
                 std::for_each(std::begin(s_settings), std::end(s_settings),
                               [&](std::string_view each) { add(each, member.value); });
-            } else if (std::find(std::begin(s_settings), std::end(s_settings), setting) != std::end(s_settings)) {
+            } else if (std::find(std::begin(s_settings), std::end(s_settings), setting) !=
+                       std::end(s_settings)) {
                 add(setting, member.value);
             } else {
                 throw Problem(what + " names the unknown setting '" + setting + "'");
@@ -189,8 +190,8 @@ std::vector<Case> readCases(const std::string& file, const std::string& text, st
     rapidjson::Document document;
     document.Parse(text.data(), text.size());
     if (document.HasParseError()) {
-        return problemWith(file, std::string(rapidjson::GetParseError_En(document.GetParseError())) + " At byte " +
-                                     std::to_string(document.GetErrorOffset()));
+        return problemWith(file, std::string(rapidjson::GetParseError_En(document.GetParseError())) +
+                                     " At byte " + std::to_string(document.GetErrorOffset()));
     }
     const Json none(rapidjson::kObjectType);
     try {

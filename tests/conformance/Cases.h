@@ -27,14 +27,16 @@ struct Case {
 /// For messages of the test framework.
 std::ostream& operator<<(std::ostream& out, const Case& one);
 
-/// The names that cases use for a setting of the module's two switches: "plain", "migRen", "optimization", "both".
+/// The names that cases use for a setting of the module's two switches: "plain", "migRen", "optimization",
+/// "both".
 [[nodiscard]] std::string_view currentSetting();
 
-/// The cases of all files in `folder`, in the order of their names. A file, or a case, that cannot be used gives a case with a
-/// problem.
+/// The cases of all files in `folder`, in the order of their names. A file, or a case, that cannot be used
+/// gives a case with a problem.
 [[nodiscard]] std::vector<Case> loadCases(const std::string& folder);
 
 /// The cases of one file with the text `text`.
-[[nodiscard]] std::vector<Case> readCases(const std::string& file, const std::string& text, std::string_view setting);
+[[nodiscard]] std::vector<Case> readCases(const std::string& file, const std::string& text,
+                                          std::string_view setting);
 
 } // namespace quelt::host::test

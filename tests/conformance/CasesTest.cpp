@@ -13,7 +13,8 @@ Case readOne(const std::string& text) {
     return readCases("file", R"({"contexts": {"c": {"a": 1}}, "cases": [)" + text + "]}", "migRen").at(0);
 }
 Case withExpect(const std::string& expect) {
-    return readOne(R"({"name": "n", "why": "w", "context": "c", "record": {"id": 1}, "expect": )" + expect + "}");
+    return readOne(R"({"name": "n", "why": "w", "context": "c", "record": {"id": 1}, "expect": )" + expect +
+                   "}");
 }
 std::string problemOfFile(const std::string& text) {
     return readCases("file", text, "plain").at(0).problem;
@@ -47,8 +48,9 @@ TEST(CasesTest, namesWhatIsWrongWithACase) {
     EXPECT_EQ(withExpect(R"({"plain, migRen": {}})").problem, "'expect' names the unknown setting ' migRen'");
     EXPECT_EQ(withExpect(R"({"all": 5})").problem, "'expect' has an answer that is no object");
     EXPECT_EQ(withExpect("[]").problem, "'expect' is no object");
-    EXPECT_EQ(readOne(R"({"name": "n", "why": "w", "context": "d", "record": {}, "expect": {"all": {}}})").problem,
-              "there is no context 'd'");
+    EXPECT_EQ(
+        readOne(R"({"name": "n", "why": "w", "context": "d", "record": {}, "expect": {"all": {}}})").problem,
+        "there is no context 'd'");
     EXPECT_EQ(readOne(R"({"name": "n", "why": "w", "context": "c", "record": {}})").problem,
               "the case lacks the key 'expect'");
     EXPECT_EQ(readOne(R"({"name": "n", "why": "w", "context": "c", "record": {}, "expected": {}})").problem,
@@ -77,7 +79,8 @@ std::string differenceOf(const char* expected, const char* actual) {
 }
 
 TEST(JsonDifferenceTest, findsTheFirstDifference) {
-    EXPECT_EQ(differenceOf(R"({"a": [1, {"b": "x"}], "c": null})", R"({"c": null, "a": [1, {"b": "x"}]})"), "equal");
+    EXPECT_EQ(differenceOf(R"({"a": [1, {"b": "x"}], "c": null})", R"({"c": null, "a": [1, {"b": "x"}]})"),
+              "equal");
     EXPECT_EQ(differenceOf("1", "2"), "at the root: 2, not 1");
     EXPECT_EQ(differenceOf("0", "false"), "at the root: false, not 0");
     EXPECT_EQ(differenceOf("[]", "{}"), "at the root: {}, not []");

@@ -14,7 +14,8 @@
 namespace quelt::host::test {
 namespace {
 
-/// The text with the addresses that some trace lines show as "<null>" and "<pointer>", which is how the cases have them.
+/// The text with the addresses that some trace lines show as "<null>" and "<pointer>", which is how the cases
+/// have them.
 std::string withoutAddresses(const std::string& answer) {
     static const std::regex null("(: |, back-up : )0x0(?=[,\"])");
     static const std::regex address("(: |, back-up : )0x[0-9a-f]+(?=[,\"])");
@@ -62,7 +63,8 @@ TEST_P(ConformanceTest, convertsAsExpected) {
     expectEqual(untraced, answerTo(one, {.withInput = true, .withTrace = false}), "the answer without trace");
 }
 
-INSTANTIATE_TEST_SUITE_P(cases, ConformanceTest, testing::ValuesIn(loadCases(QUELT_SOURCE_DIR "/tests/conformance")),
+INSTANTIATE_TEST_SUITE_P(cases, ConformanceTest,
+                         testing::ValuesIn(loadCases(QUELT_SOURCE_DIR "/tests/conformance")),
                          [](const auto& one) { return one.param.testName; });
 
 TEST(ConformanceSuite, hasCases) {

@@ -32,7 +32,8 @@ std::string at(const std::string& pointer) {
 
 std::optional<std::string> compare(const Json& expected, const Json& actual, const std::string& pointer);
 
-std::optional<std::string> compareObjects(const Json& expected, const Json& actual, const std::string& pointer) {
+std::optional<std::string> compareObjects(const Json& expected, const Json& actual,
+                                          const std::string& pointer) {
     for (const auto& member : expected.GetObject()) {
         const std::string name(member.name.GetString(), member.name.GetStringLength());
         const auto found = actual.FindMember(member.name);
@@ -52,7 +53,8 @@ std::optional<std::string> compareObjects(const Json& expected, const Json& actu
     return std::nullopt;
 }
 
-std::optional<std::string> compareArrays(const Json& expected, const Json& actual, const std::string& pointer) {
+std::optional<std::string> compareArrays(const Json& expected, const Json& actual,
+                                         const std::string& pointer) {
     for (rapidjson::SizeType index = 0; index < std::min(expected.Size(), actual.Size()); ++index) {
         const std::string place = below(pointer, std::to_string(index));
         if (auto difference = compare(expected[index], actual[index], place)) {

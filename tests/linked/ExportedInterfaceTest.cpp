@@ -1,4 +1,5 @@
-// Uses everything that the module's headers offer, through the shared library: what is not exported does not link.
+// Uses everything that the module's headers offer, through the shared library: what is not exported does not
+// link.
 
 #include "QueltDataMigration.h"
 #include "QueltEeGenExprToEeMMExprVisitor.h"
@@ -21,7 +22,9 @@ TEST(ExportedInterface, convertsAnExpression) {
     const QueltEeExpressionContext context;
     const QueltEeGenericExpression expression((new QueltEeTrue)->getNodeRef());
     QueltInMap* map = nullptr;
-    ASSERT_EQ(QueltEeTarselMigrationServices::ConvertEeGenericExprToEeExpr(expression, context, 0, map, nullptr), S_OK);
+    ASSERT_EQ(
+        QueltEeTarselMigrationServices::ConvertEeGenericExprToEeExpr(expression, context, 0, map, nullptr),
+        S_OK);
     ASSERT_EQ(map->GetLength(), 1);
     EXPECT_NE(QueltEeEffectivityExpression::cast(map->Get(QueltInIntHolder(3))), nullptr)
         << "module and host agree on the classes of the core";

@@ -18,8 +18,8 @@
 #include <string>
 #include <vector>
 
-// What the core never does by itself, but a failing one would: each double fails in one place. Failures leave what was
-// built to nobody, so these conversions run in an arena.
+// What the core never does by itself, but a failing one would: each double fails in one place. Failures leave
+// what was built to nobody, so these conversions run in an arena.
 
 namespace {
 
@@ -59,7 +59,8 @@ public:
         return m_namesResult < 0 ? m_namesResult : result;
     }
     long GetSetOfMDsContainingFeature(const QueltEeDicoObject& feature, QueltInSet*& possible,
-                                      QueltInSet*& rejected, const QueltEeBasicEff* inherited) const override {
+                                      QueltInSet*& rejected,
+                                      const QueltEeBasicEff* inherited) const override {
         EXPECT_EQ(inherited, nullptr);
         long result =
             QueltEeExpressionContext::GetSetOfMDsContainingFeature(feature, possible, rejected, inherited);
@@ -121,7 +122,8 @@ template <>
 class OnVariable<QueltEeTreeSeriesEff> : public QueltEeTreeSeriesEff {
 public:
     explicit OnVariable(const QueltEeDicoObject* variable)
-        : QueltEeTreeSeriesEff(static_cast<const QueltEeTreeSeriesVar*>(nullptr)), m_pVariableDouble(variable) {}
+        : QueltEeTreeSeriesEff(static_cast<const QueltEeTreeSeriesVar*>(nullptr)),
+          m_pVariableDouble(variable) {}
     [[nodiscard]] const QueltEeDicoObject* getVar() const override { return m_pVariableDouble; }
 
 private:
@@ -295,12 +297,12 @@ TEST_F(FilterGeneratorFailures, criterionThatCannotBeCloned) {
         const char* message;
     };
     const char* const added = "ERROR : Add SerialEff to QmSelectionList Failed.";
-    const Row rows[] = {
-        {new Uncloneable<QueltEeDateEff>, "ERROR : add DateEff to QmSelectionList Failed."},
-        {new Uncloneable<QueltEeSerialEff>(garage.unit), added},
-        {new Uncloneable<QueltEeTreeSeriesEff>(garage.line), added},
-        {new Uncloneable<QueltEeOptionEff>(garage.engine), added},
-        {new Uncloneable<QueltEeSelectionEff>(garage.package), "ERROR : add SerialEff to QmSelectionList Failed."}};
+    const Row rows[] = {{new Uncloneable<QueltEeDateEff>, "ERROR : add DateEff to QmSelectionList Failed."},
+                        {new Uncloneable<QueltEeSerialEff>(garage.unit), added},
+                        {new Uncloneable<QueltEeTreeSeriesEff>(garage.line), added},
+                        {new Uncloneable<QueltEeOptionEff>(garage.engine), added},
+                        {new Uncloneable<QueltEeSelectionEff>(garage.package),
+                         "ERROR : add SerialEff to QmSelectionList Failed."}};
     for (const Row& row : rows) {
         m_pList = new QueltQmSpecList;
         add(row.criterion);
@@ -400,8 +402,9 @@ TEST_F(FilterGeneratorFailures, namedEffectivities) {
 }
 
 TEST_F(FilterGeneratorFailures, expressionOfANamedEffectivity) {
-    const std::string warning = "WARNING : Case of a filter with pure changes, all dictionaries of the first change "
-                                "will be assigned to the possible list of MD for the filter.";
+    const std::string warning =
+        "WARNING : Case of a filter with pure changes, all dictionaries of the first change "
+        "will be assigned to the possible list of MD for the filter.";
     EffectivityDouble unreadable("ECO-2", guidOf(9));
     m_pList->getNamedEffectivities().Put(unreadable);
     EXPECT_EQ(run(), s_coreFailure);

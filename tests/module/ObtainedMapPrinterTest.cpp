@@ -38,9 +38,9 @@ TEST(ObtainedMapPrinter, printsDomainsAndExpressions) {
     map.Put(QueltInIntHolder(4000000000U), empty);
     const CapturedTrace captured;
     EXPECT_EQ(quelt::printObtainedMap(s_trace, map), S_OK);
-    EXPECT_EQ(captured.texts(),
-              (Messages{"Obtained map : ", "Domain ID : 3", "MultiModelExpression : ", "effectivity(global: TRUE)",
-                        "Domain ID : 4000000000", "MultiModelExpression : ", "change()", "End print"}));
+    EXPECT_EQ(captured.texts(), (Messages{"Obtained map : ", "Domain ID : 3", "MultiModelExpression : ",
+                                          "effectivity(global: TRUE)", "Domain ID : 4000000000",
+                                          "MultiModelExpression : ", "change()", "End print"}));
 }
 
 TEST(ObtainedMapPrinter, reportsWhatCannotBePrinted) {
@@ -56,11 +56,11 @@ TEST(ObtainedMapPrinter, reportsWhatCannotBePrinted) {
         messages.insert(messages.end(), more);
         return messages;
     };
-    const Row rows[] = {
-        {nullptr, &expression, {"Obtained map : ", "ERROR"}},
-        {new QueltInString("2"), &expression, {"Obtained map : ", "ERROR : error"}},
-        {new QueltInIntHolder(2), nullptr, followedBy(upToValue, {"ERROR"})},
-        {new QueltInIntHolder(2), &foreign, followedBy(upToValue, {"MultiModelExpression : ", "ERROR : error"})}};
+    const Row rows[] = {{nullptr, &expression, {"Obtained map : ", "ERROR"}},
+                        {new QueltInString("2"), &expression, {"Obtained map : ", "ERROR : error"}},
+                        {new QueltInIntHolder(2), nullptr, followedBy(upToValue, {"ERROR"})},
+                        {new QueltInIntHolder(2), &foreign,
+                         followedBy(upToValue, {"MultiModelExpression : ", "ERROR : error"})}};
     for (const Row& row : rows) {
         const MapWith map(row.key, row.value);
         const CapturedTrace captured;

@@ -53,7 +53,8 @@ TEST_F(MigrationServices, makesAMapOfTheKindOfTheOutcome) {
                         {tree, 255, QueltEeChangeExpression::sType()}};
     for (const Row& row : rows) {
         QueltInMap* output = nullptr;
-        EXPECT_EQ(Services::ConvertEeGenericExprToEeExpr(row.expression, garage.context, row.change, output, nullptr),
+        EXPECT_EQ(Services::ConvertEeGenericExprToEeExpr(row.expression, garage.context, row.change, output,
+                                                         nullptr),
                   S_OK);
         EXPECT_EQ(output->getKeyType(), QueltInIntHolder::sType());
         EXPECT_EQ(output->getValueType(), row.type);
@@ -124,7 +125,8 @@ private:
 TEST_F(MigrationServices, failsWhenATracedMapCannotBePrinted) {
     const auto convert = [this] {
         auto* const foreign = new QueltEeGenericExpression;
-        const QueltEeGenericExpression expression((new TrueThatFilesAForeignValue(map, *foreign))->getNodeRef());
+        const QueltEeGenericExpression expression(
+            (new TrueThatFilesAForeignValue(map, *foreign))->getNodeRef());
         return Services::ConvertEeGenericExprToEeExpr(expression, garage.context, 0, map, nullptr);
     };
     {
@@ -173,11 +175,12 @@ TEST(MigrationServicesConcurrency, threadsShareAContext) {
             list->addVarEff(option);
             const QueltEeGenericExpression expression(list, QueltEeGenericExpression::ListMode::all);
             QueltInMap* output = nullptr;
-            EXPECT_EQ(Services::ConvertEeGenericExprToEeExpr(expression, garage.context, 0, output, nullptr), S_OK);
-            EXPECT_EQ(captured.texts(), (Messages{"> ConvertEeGenericExprToEeExpr",
-                                                  "This is a filter => generating filter : ",
-                                                  "There is at least one evolution/variant criteria",
-                                                  "< ConvertEeGenericExprToEeExpr"}));
+            EXPECT_EQ(Services::ConvertEeGenericExprToEeExpr(expression, garage.context, 0, output, nullptr),
+                      S_OK);
+            EXPECT_EQ(captured.texts(),
+                      (Messages{"> ConvertEeGenericExprToEeExpr", "This is a filter => generating filter : ",
+                                "There is at least one evolution/variant criteria",
+                                "< ConvertEeGenericExprToEeExpr"}));
             QueltInDeleteWithObjects(output);
         }
     };

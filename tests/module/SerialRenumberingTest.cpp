@@ -41,7 +41,8 @@ SerialRewriteRules treeRules(bool renumbers) {
             .comparesUpperBoundUnshifted = false};
 }
 
-/// A series of the product kind with model years 2010 and 2012 under 5 and 7: the renumbered numbers are 2009 and 2011.
+/// A series of the product kind with model years 2010 and 2012 under 5 and 7: the renumbered numbers are 2009
+/// and 2011.
 struct Series {
     explicit Series(Type type = Type::productSeries) : variable("Unit", guidOf(5), type) {
         variable.addRevision("2010", 5);
@@ -78,7 +79,8 @@ TEST(SerialRenumbering, shiftsFiniteBoundsAndClosesThem) {
 TEST(SerialRenumbering, leavesOtherKindsOfSeriesAlone) {
     for (const int type : {0, 11, 13, 15}) {
         const Series series(static_cast<Type>(type));
-        EXPECT_EQ(rewritten({10, 20, 0, 0}, series.variable, treeRules(true)), (Interval{10, 20, 0, 0})) << type;
+        EXPECT_EQ(rewritten({10, 20, 0, 0}, series.variable, treeRules(true)), (Interval{10, 20, 0, 0}))
+            << type;
     }
     const Series series(Type::manufacturingSeries);
     EXPECT_EQ(rewritten(closed(10, 20), series.variable, treeRules(false)), closed(9, 19));
@@ -91,7 +93,8 @@ TEST(SerialRenumbering, translatesThroughModelYears) {
         const char* why;
     };
     const Row rows[] = {
-        {closed(2011, 2013), closed(7, 2000000000), "2010 takes the next year's number; past the last year is open"},
+        {closed(2011, 2013), closed(7, 2000000000),
+         "2010 takes the next year's number; past the last year is open"},
         {closed(2010, 2010), {5, 7, 1, 0}, "an exact year below; the next year, excluded, above"},
         {closed(2012, 2011), {7, 7, 1, 0}, "2011 exactly; 2010 lies below 2011"},
         {closed(5, 5), closed(5, 4), "below the first year: its number below, no translation above"},
@@ -131,7 +134,8 @@ TEST(SerialRenumbering, neverFindsAYearPastTheStartOfTheSearch) {
     variable.addRevision("10", 1);
     variable.addRevision("200000", 2);
     EXPECT_EQ(rewritten(closed(51, 61), variable, listRules(true)), closed(50, 60));
-    EXPECT_EQ(rewritten(closed(200000, 2000000000), variable, listRules(true)).a, 2) << "an exact number is found";
+    EXPECT_EQ(rewritten(closed(200000, 2000000000), variable, listRules(true)).a, 2)
+        << "an exact number is found";
 }
 
 TEST(SerialRenumbering, mapsSequenceNumbersOfThirtyTwoBitsRoundToSigned) {
@@ -255,8 +259,8 @@ TEST(SerialRenumbering, reportsWhereThePlaceStands) {
     const CapturedErrors captured;
     const SerialRewriteRules rules = listRules(true);
     quelt::rewriteSerialIntervals(effectivity, variable, rules);
-    const std::string location = "[ERROR] tests/module/SerialRenumberingTest.cpp(" +
-                                 std::to_string(rules.where.line()) + ")";
+    const std::string location =
+        "[ERROR] tests/module/SerialRenumberingTest.cpp(" + std::to_string(rules.where.line()) + ")";
     EXPECT_EQ(captured.lines().front().text, location);
     EXPECT_EQ(captured.lines().front().className, "SerialRenumberingTest");
     EXPECT_EQ(captured.lines().front().domainName, "QueltDataMigration");

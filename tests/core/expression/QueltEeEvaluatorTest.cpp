@@ -101,8 +101,8 @@ TEST(QueltEeEvaluator, NotTurnsNoVariableRoundAndNotDomainDoesNot) {
 }
 
 TEST(QueltEeEvaluator, NotDomainGoesDownToTheLeaves) {
-    // Of two leaves on one variable, one includes "no variable". Below NOT-domain their AND is an OR, so that "no
-    // variable" is in, although it is not in their intersection.
+    // Of two leaves on one variable, one includes "no variable". Below NOT-domain their AND is an OR, so that
+    // "no variable" is in, although it is not in their intersection.
     const Catalogue catalogue;
     QueltEeVarEff* const withNoVariable = catalogue.engineIn({"V6"});
     withNoVariable->switchNoVar();
@@ -129,8 +129,9 @@ TEST(QueltEeEvaluator, TakesValuesThatTheVariableDoesNotHaveForNone) {
     everAfter->addInterval({0, QueltEeDate::s_openAbove});
     QueltEeSerialEff* const upwards = new QueltEeSerialEff(&catalogue.unit);
     upwards->addInterval({0, 2000000000, 1, 1});
-    for (QueltEeVarEff* const effectivity : {catalogue.engineIn({"V6", "V8", "V12"}), static_cast<QueltEeVarEff*>(upwards),
-                                             catalogue.anyTrim(), static_cast<QueltEeVarEff*>(everAfter)}) {
+    for (QueltEeVarEff* const effectivity :
+         {catalogue.engineIn({"V6", "V8", "V12"}), static_cast<QueltEeVarEff*>(upwards), catalogue.anyTrim(),
+          static_cast<QueltEeVarEff*>(everAfter)}) {
         const OwnedReference leaf = leafOf(effectivity);
         EXPECT_FALSE(holdsIn(strange, *leaf->getNode())) << textOf(*effectivity);
         effectivity->switchNoVar();
@@ -166,7 +167,8 @@ TEST(QueltEeEvaluator, LooksAtChildrenOnlyUntilTheResultIsCertain) {
     EXPECT_FALSE(holdsIn(configuration, *allOf(never(), restriction())->getNode()));
     EXPECT_TRUE(holdsIn(configuration, *anyOf(always(), restriction())->getNode()));
     EXPECT_TRUE(holdsIn(configuration, *notOf(allOf(never(), restriction()))->getNode()));
-    EXPECT_FALSE(holdsIn(configuration, *notOf<QueltEeNotDomainOp>(anyOf(always(), restriction()))->getNode()));
+    EXPECT_FALSE(
+        holdsIn(configuration, *notOf<QueltEeNotDomainOp>(anyOf(always(), restriction()))->getNode()));
 }
 
 TEST(QueltEeEvaluator, LooksAtAnAliasedNodeOnce) {
@@ -180,7 +182,8 @@ TEST(QueltEeEvaluator, LooksAtAnAliasedNodeOnce) {
         for (int times = 0; times < 2; ++times) {
             EXPECT_EQ(groupIn(*levels.back()).getChildren().PutBack(*QueltEeNodeRef::makeAlias(below)), S_OK);
         }
-        levels.push_back(notOf<QueltEeNotDomainOp>(notOf(OwnedReference(QueltEeNodeRef::makeAlias(*levels.back()->getNode())))));
+        levels.push_back(notOf<QueltEeNotDomainOp>(
+            notOf(OwnedReference(QueltEeNodeRef::makeAlias(*levels.back()->getNode())))));
     }
     EXPECT_FALSE(holdsIn(QueltEeConfiguration(), *levels.back()->getNode()));
     while (!levels.empty()) {
@@ -204,7 +207,8 @@ TEST(QueltEeEvaluator, AgreesWithThePlainMeaning) {
             bool expected = round % 2 != 0;
             bool holds = expected;
             const long result = PlainMeaning(sample).evaluate(*tree->getNode(), expected);
-            ASSERT_EQ(QueltEeEvaluator(configuration).evaluate(*tree->getNode(), holds), result) << textOf(*tree);
+            ASSERT_EQ(QueltEeEvaluator(configuration).evaluate(*tree->getNode(), holds), result)
+                << textOf(*tree);
             ASSERT_EQ(holds, expected) << textOf(*tree);
             certain += result >= 0 ? 1 : 0;
             held += result >= 0 && holds ? 1 : 0;
@@ -227,8 +231,8 @@ TEST(QueltEeEvaluator, EvaluatesListsAsTheirModeSays) {
         for (const int mode : {0, 1}) {
             QueltEeFilterExpression filter(world.dictionaries[0], list->clone());
             filter.setListMode(mode);
-            const auto genericMode =
-                mode == 0 ? QueltEeGenericExpression::ListMode::all : QueltEeGenericExpression::ListMode::atLeastOne;
+            const auto genericMode = mode == 0 ? QueltEeGenericExpression::ListMode::all
+                                               : QueltEeGenericExpression::ListMode::atLeastOne;
             const QueltEeGenericExpression generic(list->clone(), genericMode);
             const bool expected = PlainMeaning(sample).holds(*list, mode);
             ASSERT_EQ(holdsIn(configuration, filter), expected) << textOf(filter);
@@ -244,9 +248,10 @@ TEST(QueltEeEvaluator, TakesMissingListsAndTreesForEmptyOnes) {
     filter.setListMode(1);
     EXPECT_FALSE(holdsIn(configuration, filter));
     EXPECT_TRUE(holdsIn(configuration, QueltEeGenericExpression()));
-    EXPECT_TRUE(holdsIn(configuration, QueltEeGenericExpression(nullptr, QueltEeGenericExpression::ListMode::all)));
-    EXPECT_FALSE(
-        holdsIn(configuration, QueltEeGenericExpression(nullptr, QueltEeGenericExpression::ListMode::atLeastOne)));
+    EXPECT_TRUE(
+        holdsIn(configuration, QueltEeGenericExpression(nullptr, QueltEeGenericExpression::ListMode::all)));
+    EXPECT_FALSE(holdsIn(configuration,
+                         QueltEeGenericExpression(nullptr, QueltEeGenericExpression::ListMode::atLeastOne)));
     EXPECT_FALSE(holdsIn(configuration, QueltEeGenericExpression(never().release())));
     EXPECT_TRUE(holdsIn(configuration, QueltEeChangeExpression()));
     EXPECT_TRUE(holdsIn(configuration, QueltEeEffectivityExpression()));
@@ -271,7 +276,8 @@ TEST(QueltEeEvaluator, EvaluatesThePartsOfTheDictionary) {
         EXPECT_EQ(expression.setModelCriteria(
                       *truck, new QueltEeMultiModelExpression::ModelCriteria(&inheritedSlot, &ownSlot)),
                   S_OK);
-        EXPECT_EQ(expression.setModelCriteria(*van, new QueltEeMultiModelExpression::ModelCriteria(nullptr, nullptr)),
+        EXPECT_EQ(expression.setModelCriteria(
+                      *van, new QueltEeMultiModelExpression::ModelCriteria(nullptr, nullptr)),
                   S_OK);
         EXPECT_EQ(holdsIn(configuration, expression, truck), global && inherited && own);
         EXPECT_EQ(holdsIn(configuration, expression, van), global);
@@ -310,14 +316,16 @@ TEST(QueltEeEvaluator, CountsOperationsByTheirKind) {
     for (const Case& one : cases) {
         QueltEeConfiguration configuration;
         for (const int present : one.present) {
-            configuration.setEffectivity(world.effectivities[static_cast<std::size_t>(present)]->getGuid(), true);
+            configuration.setEffectivity(world.effectivities[static_cast<std::size_t>(present)]->getGuid(),
+                                         true);
         }
         QueltEeEffectivityExpression expression;
         for (std::size_t at = 0; at < one.kinds.size(); ++at) {
             QueltInObject* change = world.effectivities[at];
             EXPECT_EQ(expression.addOperation(one.kinds[at], change), S_OK);
         }
-        EXPECT_EQ(holdsIn(configuration, expression, world.dictionaries[0]), one.expected) << textOf(expression);
+        EXPECT_EQ(holdsIn(configuration, expression, world.dictionaries[0]), one.expected)
+            << textOf(expression);
         EXPECT_EQ(holdsIn(configuration, expression), one.expected) << textOf(expression);
         EXPECT_EQ(expression.setGlobalCriteria(never().release()), S_OK);
         EXPECT_FALSE(holdsIn(configuration, expression));

@@ -74,7 +74,8 @@ const std::vector<RewriteCase>& rewriteCases() {
         {"NOT(NOTDOMAIN(TRUE))", "TRUE", [](C) { return notOf(notDomainOf(always())); }},
         {"AND(TRUE, Engine in {V6})", "Engine in {V6}", [](C c) { return allOf(always(), v6(c)); }},
         {"AND(Engine in {V6}, FALSE)", "FALSE", [](C c) { return allOf(v6(c), never()); }},
-        {"OR(Engine in {V6}, FALSE, FALSE)", "Engine in {V6}", [](C c) { return anyOf(v6(c), never(), never()); }},
+        {"OR(Engine in {V6}, FALSE, FALSE)", "Engine in {V6}",
+         [](C c) { return anyOf(v6(c), never(), never()); }},
         {"OR(Engine in {V6}, TRUE)", "TRUE", [](C c) { return anyOf(v6(c), always()); }},
         {"Engine in {V6, V8, V12}?", "TRUE", [](C c) { return anyEngine(c); }},
         {"AND(Package in {Sport}, Engine in {V6, V8, V12}?)", "Package in {Sport}",
@@ -83,14 +84,16 @@ const std::vector<RewriteCase>& rewriteCases() {
          [](C c) { return anyOf(leafOf(c.engineIn({})), sport(c)); }},
         // groups
         {"AND(Engine in {V6})", "Engine in {V6}", [](C c) { return allOf(v6(c)); }},
-        {"AND(OR(AND(OR(Engine in {V6}))))", "Engine in {V6}", [](C c) { return allOf(anyOf(allOf(anyOf(v6(c))))); }},
+        {"AND(OR(AND(OR(Engine in {V6}))))", "Engine in {V6}",
+         [](C c) { return allOf(anyOf(allOf(anyOf(v6(c))))); }},
         {"AND(Engine in {V6}, AND(Package in {Sport}, AND(eff(ECO-1))))",
          "AND(Engine in {V6}, Package in {Sport}, eff(ECO-1))",
          [](C c) { return allOf(v6(c), allOf(sport(c), allOf(change(c)))); }},
         {"AND(OR(AND(Engine in {V6}, Package in {Sport}), FALSE), eff(ECO-1))",
          "AND(Engine in {V6}, Package in {Sport}, eff(ECO-1))",
          [](C c) { return allOf(anyOf(allOf(v6(c), sport(c)), never()), change(c)); }},
-        {"AND(eff(ECO-1), OR(Engine in {V6}, AND()), Package in {Sport})", "AND(eff(ECO-1), Package in {Sport})",
+        {"AND(eff(ECO-1), OR(Engine in {V6}, AND()), Package in {Sport})",
+         "AND(eff(ECO-1), Package in {Sport})",
          [](C c) { return allOf(change(c), anyOf(v6(c), allOf()), sport(c)); }},
         {"OR(AND(Engine in {V6}, Package in {Sport}), eff(ECO-1))",
          "OR(AND(Engine in {V6}, Package in {Sport}), eff(ECO-1))",
@@ -99,7 +102,8 @@ const std::vector<RewriteCase>& rewriteCases() {
         {"NOT(NOT(Engine in {V6}))", "Engine in {V6}", [](C c) { return notOf(notOf(v6(c))); }},
         {"NOT(Engine in {V6})", "not (Engine in {V6})?", [](C c) { return notOf(v6(c)); }},
         {"NOTDOMAIN(Engine in {V6})", "not (Engine in {V6})", [](C c) { return notDomainOf(v6(c)); }},
-        {"NOTDOMAIN(NOTDOMAIN(Engine in {V6}))", "Engine in {V6}", [](C c) { return notDomainOf(notDomainOf(v6(c))); }},
+        {"NOTDOMAIN(NOTDOMAIN(Engine in {V6}))", "Engine in {V6}",
+         [](C c) { return notDomainOf(notDomainOf(v6(c))); }},
         {"NOT(NOTDOMAIN(Engine in {V6}))", "Engine in {V6}?", [](C c) { return notOf(notDomainOf(v6(c))); }},
         {"NOT(AND(Engine in {V6}, eff(ECO-1)))", "OR(not (Engine in {V6})?, not (eff(ECO-1)))",
          [](C c) { return notOf(allOf(v6(c), change(c))); }},
@@ -109,7 +113,8 @@ const std::vector<RewriteCase>& rewriteCases() {
          "OR(not (Engine in {V6})?, Package in {Sport}, not (eff(ECO-1)))",
          [](C c) { return notOf(allOf(v6(c), notOf(anyOf(sport(c), notOf(change(c)))))); }},
         // leaves on one criterion
-        {"AND(Engine in {V6, V8}, Package in {Sport}, Engine in {V8, V12})", "AND(Engine in {V8}, Package in {Sport})",
+        {"AND(Engine in {V6, V8}, Package in {Sport}, Engine in {V8, V12})",
+         "AND(Engine in {V8}, Package in {Sport})",
          [](C c) { return allOf(v6OrV8(c), sport(c), v8OrV12(c)); }},
         {"OR(Engine in {V6}, Engine in {V8, V12})", "Engine in {V6, V8, V12}",
          [](C c) { return anyOf(v6(c), v8OrV12(c)); }},
@@ -147,9 +152,12 @@ const std::vector<RewriteCase>& rewriteCases() {
          [](C) { return notOf(notDomainOf(notOf(anyOf(text())))); }},
         {"AND(empty, empty)", "AND(empty, empty)",
          [](C) { return allOf(held(new QueltEeVarEffLeaf), held(new QueltEeVarEffLeaf)); }},
-        {"NOT(eff(null))", "NOT(eff(null))", [](C) { return notOf(held(new QueltEeEffLeaf(nullptr, nullptr))); }},
-        // Below a NOT-domain that stays, the leaves are [V8, V12] with and [V12] without "no variable", one of which is to
-        // hold: [V8, V12] with it. So the leaf that stands for both is [V6] with it, written as what it leaves out.
+        {"NOT(eff(null))", "NOT(eff(null))",
+         [](C) { return notOf(held(new QueltEeEffLeaf(nullptr, nullptr))); }},
+        // Below a NOT-domain that stays, the leaves are [V8, V12] with and [V12] without "no variable", one
+        // of which is to
+        // hold: [V8, V12] with it. So the leaf that stands for both is [V6] with it, written as what it
+        // leaves out.
         {"NOTDOMAIN(AND(restriction(text), Engine in {V6}?, Engine in {V6, V8}))",
          "NOTDOMAIN(AND(restriction(text), not (Engine in {V8, V12})?))",
          [](C c) {
@@ -157,9 +165,12 @@ const std::vector<RewriteCase>& rewriteCases() {
              withNoVariable->switchNoVar();
              return notDomainOf(allOf(text(), leafOf(withNoVariable), v6OrV8(c)));
          }},
-        // There, "everything but no variable" is what FALSE is elsewhere, and the constant that means the same is TRUE.
+        // There, "everything but no variable" is what FALSE is elsewhere, and the constant that means the
+        // same is TRUE.
         {"NOTDOMAIN(AND(restriction(text), Engine in {V6, V8, V12}))", "NOTDOMAIN(restriction(text))",
-         [](C c) { return notDomainOf(allOf(text(), leafOf(c.engineIn({"V6", "V8", "V12"})))); }},
+         [](C c) {
+             return notDomainOf(allOf(text(), leafOf(c.engineIn({"V6", "V8", "V12"}))));
+         }},
     };
     return cases;
 }
@@ -172,9 +183,10 @@ std::size_t countNodes(const QueltEeNodeRef& root) {
         if (const auto* const operation = dynamic_cast<const QueltEeOperator*>(node)) {
             operation->getChildrenRefs(children);
         }
-        count += 1 + static_cast<std::size_t>(std::ranges::count_if(children.elements(), [](QueltInObject* child) {
-                     return !dynamic_cast<QueltEeNodeRef&>(*child).ownsNode();
-                 }));
+        count +=
+            1 + static_cast<std::size_t>(std::ranges::count_if(children.elements(), [](QueltInObject* child) {
+                return !dynamic_cast<QueltEeNodeRef&>(*child).ownsNode();
+            }));
     }
     return count;
 }
@@ -338,8 +350,8 @@ INSTANTIATE_TEST_SUITE_P(QueltEeTreeRewriter, TreeRewriting,
 
 namespace {
 
-/// Calls `visit` with every tree of AND, OR, NOT and NOT-domain over at most two levels of operators, with at most two
-/// children, and these leaves.
+/// Calls `visit` with every tree of AND, OR, NOT and NOT-domain over at most two levels of operators, with at
+/// most two children, and these leaves.
 void forEachSmallTree(const std::function<OwnedReference(int leaf)>& makeLeaf, int leaves,
                       const std::function<void(OwnedReference)>& visit) {
     using Maker = std::function<OwnedReference()>;
@@ -371,8 +383,8 @@ void forEachSmallTree(const std::function<OwnedReference(int leaf)>& makeLeaf, i
 } // namespace
 
 TEST(QueltEeTreeRewriter, KeepsTheMeaningOfEverySmallTree) {
-    // Two leaves on one variable that overlap, of which one includes "no variable"; a leaf that is TRUE only with the
-    // others; one on something else; the constants.
+    // Two leaves on one variable that overlap, of which one includes "no variable"; a leaf that is TRUE only
+    // with the others; one on something else; the constants.
     const Catalogue catalogue;
     const auto makeLeaf = [&catalogue](int leaf) {
         switch (leaf) {
@@ -416,7 +428,8 @@ TEST(QueltEeTreeRewriter, KeepsTheMeaningOfEverySmallTree) {
         }
         ASSERT_TRUE(isShortest(*tree->getNode())) << before << " became " << textOf(*tree);
     });
-    // 5 leaves give 77 trees of one level (5, 2 empty groups, 4 * 5 with one child, 2 * 25 with two), and those 12,245.
+    // 5 leaves give 77 trees of one level (5, 2 empty groups, 4 * 5 with one child, 2 * 25 with two), and
+    // those 12,245.
     EXPECT_EQ(count, 12245);
 }
 
@@ -430,7 +443,8 @@ TEST(QueltEeTreeRewriter, LeavesReferencesWhereTheyAreWhenNothingChanges) {
 
 TEST(QueltEeTreeRewriter, RewritesAPartWithoutMovingTheRest) {
     const Catalogue catalogue;
-    const OwnedReference tree = anyOf(allOf(v6(catalogue), sport(catalogue)), allOf(change(catalogue), always()));
+    const OwnedReference tree =
+        anyOf(allOf(v6(catalogue), sport(catalogue)), allOf(change(catalogue), always()));
     const QueltEeNode* const untouched = childOf(groupIn(*tree), 0).getNode();
     EXPECT_TRUE(quelt::simplifyTree(*tree));
     EXPECT_EQ(childOf(groupIn(*tree), 0).getNode(), untouched);
@@ -457,7 +471,8 @@ TEST(QueltEeTreeRewriter, LeavesWhatAliasesRelyOn) {
     const OwnedReference other = allOf();
     EXPECT_EQ(groupIn(*other).addChild(*childOf(groupIn(*tree), 0).getNode()), S_OK);
     EXPECT_TRUE(quelt::simplifyTree(*tree));
-    EXPECT_EQ(textOf(*tree), "AND(AND(Engine in {V6}, TRUE), not (Engine in {V8, V12})?, Package in {Sport})");
+    EXPECT_EQ(textOf(*tree),
+              "AND(AND(Engine in {V6}, TRUE), not (Engine in {V8, V12})?, Package in {Sport})");
     EXPECT_EQ(textOf(*other), "AND(AND(Engine in {V6}, TRUE))");
     EXPECT_FALSE(quelt::simplifyTree(*tree));
 }
@@ -484,7 +499,8 @@ TEST(QueltEeTreeRewriter, LeavesAGroupWithAMissingChildAsItIs) {
 
 TEST(QueltEeTreeRewriter, TellsTheClassifierOfItsChanges) {
     const Catalogue catalogue;
-    const OwnedReference tree = anyOf(allOf(v6(catalogue), leafOf(catalogue.unitIn(1, 1))), change(catalogue));
+    const OwnedReference tree =
+        anyOf(allOf(v6(catalogue), leafOf(catalogue.unitIn(1, 1))), change(catalogue));
     QueltEVCClassification before(0);
     EXPECT_EQ(QueltCoreEVC_NodeClassifier().classify(*tree, before), S_OK);
     EXPECT_TRUE(before.isVariant() != 0 && before.isEvolution() != 0);
@@ -506,7 +522,8 @@ TEST(QueltEeTreeRewriter, CombinesVariablesWithOneGuidOnlyWhenTheirValuesAgree) 
     const OwnedReference agreeing = anyOf(engineOf(0, "V6"), engineOf(1, "V8"));
     EXPECT_TRUE(quelt::simplifyTree(*agreeing));
     EXPECT_EQ(textOf(*agreeing), "Engine in {V6, V8}");
-    const OwnedReference disagreeing = anyOf(engineOf(2, "Diesel"), engineOf(0, "V6"), engineOf(2, "V8"), engineOf(1, "V8"));
+    const OwnedReference disagreeing =
+        anyOf(engineOf(2, "Diesel"), engineOf(0, "V6"), engineOf(2, "V8"), engineOf(1, "V8"));
     EXPECT_TRUE(quelt::simplifyTree(*disagreeing));
     EXPECT_EQ(textOf(*disagreeing), "OR(Engine in {V8, Diesel}, Engine in {V6, V8})");
 }
@@ -538,7 +555,8 @@ TEST(QueltEeTreeRewriter, TakesTimeInProportionToTheTree) {
     for (int number = 0; number < 2000; ++number) {
         changes.push_back(std::make_unique<QueltEePredefEff>("ECO-" + std::to_string(number), QueltInGuid()));
     }
-    // Groups in groups of the same kind, which show as such only after those between them have become single children.
+    // Groups in groups of the same kind, which show as such only after those between them have become single
+    // children.
     constexpr std::size_t depth = 200'000;
     OwnedReference tree = always();
     for (std::size_t level = 0; level < depth; ++level) {
@@ -564,23 +582,27 @@ TEST(QueltEeTreeRewriter, CombinesManyLeavesOnOneVariable) {
     const Catalogue catalogue;
     const OwnedReference tree = anyOf();
     for (int number = 0; number < count; ++number) {
-        EXPECT_EQ(groupIn(*tree).addChild(*leafOf(catalogue.unitIn(2 * number, 2 * number + 1)).release()->getNode()), S_OK);
+        EXPECT_EQ(groupIn(*tree).addChild(
+                      *leafOf(catalogue.unitIn(2 * number, 2 * number + 1)).release()->getNode()),
+                  S_OK);
     }
     EXPECT_TRUE(quelt::simplifyTree(*tree));
     const auto* const leaf = dynamic_cast<const QueltEeVarEffLeaf*>(tree->getNode());
     ASSERT_NE(leaf, nullptr);
-    EXPECT_EQ(dynamic_cast<const QueltEeSerialEff*>(leaf->getVarEff())->intervals().size(), std::size_t{count});
+    EXPECT_EQ(dynamic_cast<const QueltEeSerialEff*>(leaf->getVarEff())->intervals().size(),
+              std::size_t{count});
 }
 
 TEST(QueltEeTreeRewriter, StopsCombiningWhereItWouldTakeTooLong) {
-    // Each level adds a number and, so that groups alternate, takes away another one far off: combined leaf by leaf, a
-    // set of up to 20,000 intervals would be copied 40,000 times.
+    // Each level adds a number and, so that groups alternate, takes away another one far off: combined leaf
+    // by leaf, a set of up to 20,000 intervals would be copied 40,000 times.
     constexpr int depth = 20'000;
     const Catalogue catalogue;
     OwnedReference tree = never();
     for (int level = 0; level < depth; ++level) {
         OwnedReference without = leafOf(catalogue.unitIn(1'000'000 + 2 * level, 1'000'000 + 2 * level + 1));
-        tree = allOf(notOf(std::move(without)), anyOf(leafOf(catalogue.unitIn(2 * level, 2 * level + 1)), std::move(tree)));
+        tree = allOf(notOf(std::move(without)),
+                     anyOf(leafOf(catalogue.unitIn(2 * level, 2 * level + 1)), std::move(tree)));
     }
     EXPECT_TRUE(quelt::simplifyTree(*tree));
     for (const std::int64_t number : {0, 1, 2, 2 * depth - 2, 2 * depth - 1, 1'000'000, 1'000'001}) {

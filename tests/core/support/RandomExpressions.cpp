@@ -24,20 +24,24 @@ const std::vector<int>& serialBounds() {
 }
 
 const std::vector<std::int64_t>& times() {
-    static const std::vector<std::int64_t> times{QueltEeDate::s_openBelow, QueltEeDate::s_openAbove, -60, 0, 60, 120, 180};
+    static const std::vector<std::int64_t> times{
+        QueltEeDate::s_openBelow, QueltEeDate::s_openAbove, -60, 0, 60, 120, 180};
     return times;
 }
 
 bool isIn(const QueltEeSerialEff::Interval& interval, std::int64_t number) {
-    const bool above = interval.a == -2000000000 || number > interval.a || (number == interval.a && interval.aIncl != 0);
-    const bool below = interval.b == 2000000000 || number < interval.b || (number == interval.b && interval.bIncl != 0);
+    const bool above =
+        interval.a == -2000000000 || number > interval.a || (number == interval.a && interval.aIncl != 0);
+    const bool below =
+        interval.b == 2000000000 || number < interval.b || (number == interval.b && interval.bIncl != 0);
     return above && below;
 }
 
 /// Adds the neighbourhood of each number that makes a difference.
 void addNeighbours(std::vector<std::int64_t>& numbers, std::int64_t number) {
     for (const std::int64_t step : {-1, 0, 1}) {
-        if ((step >= 0 || number > QueltEeDate::s_openBelow) && (step <= 0 || number < QueltEeDate::s_openAbove)) {
+        if ((step >= 0 || number > QueltEeDate::s_openBelow) &&
+            (step <= 0 || number < QueltEeDate::s_openAbove)) {
             numbers.push_back(number + step);
         }
     }
@@ -114,8 +118,10 @@ SampleWorld::SampleWorld() {
     addTrim(van, {{2, 1}, {4, 2}, {5, 4}, {3, 2}});
     addTrim(bus, {{5, 1}, {2, 5}});
     for (QueltEeModelDico* const dictionary : dictionaries) {
-        add(dictionary, serials, std::make_unique<QueltEeSerialVar>("Unit", guidOf(s_unit), SerialType::unitCounter));
-        add(dictionary, serials, std::make_unique<QueltEeSerialVar>("Series", guidOf(s_series), SerialType::productSeries))
+        add(dictionary, serials,
+            std::make_unique<QueltEeSerialVar>("Unit", guidOf(s_unit), SerialType::unitCounter));
+        add(dictionary, serials,
+            std::make_unique<QueltEeSerialVar>("Series", guidOf(s_series), SerialType::productSeries))
             ->addRevision(dictionary == bus ? "2011" : "2010", 3);
     }
     addEffectivity<QueltEePredefEff>("ECO-1", 201);
@@ -142,7 +148,8 @@ QueltEeConfiguration SampleConfiguration::toConfiguration() const {
 }
 
 std::optional<bool> PlainMeaning::valueIsIn(const QueltEeVarEff& effectivity) const {
-    const QueltInGuid feature = effectivity.getVar() != nullptr ? effectivity.getVar()->getGuid() : QueltInGuid();
+    const QueltInGuid feature =
+        effectivity.getVar() != nullptr ? effectivity.getVar()->getGuid() : QueltInGuid();
     const bool negated = effectivity.isNegated() != 0;
     if (const auto* const named = dynamic_cast<const QueltEeNamedValueEff*>(&effectivity)) {
         const auto& variable = dynamic_cast<const QueltEeNamedValueVar&>(*named->getVar());
@@ -173,12 +180,14 @@ std::optional<bool> PlainMeaning::valueIsIn(const QueltEeVarEff& effectivity) co
         if (number->second < s_least || number->second > s_most) {
             return std::nullopt;
         }
-        return std::ranges::any_of(serial->intervals(),
-                                   [&](const auto& interval) { return isIn(interval, number->second); }) != negated;
+        return std::ranges::any_of(serial->intervals(), [&](const auto& interval) {
+                   return isIn(interval, number->second);
+               }) != negated;
     }
     const auto& tree = dynamic_cast<const QueltEeTreeSeriesEff&>(effectivity);
     const auto& elements = tree.getTreeVar()->getElements();
-    if (std::ranges::none_of(elements, [&](const auto& element) { return element->getSeqNumber() == number->second; })) {
+    if (std::ranges::none_of(
+            elements, [&](const auto& element) { return element->getSeqNumber() == number->second; })) {
         return std::nullopt;
     }
     bool isListed = false;
@@ -265,7 +274,8 @@ long PlainMeaning::evaluate(const QueltEeNode& node, bool& holdsThere, bool isIn
     if (const auto* const single = dynamic_cast<const QueltEeSingleOp*>(&node)) {
         const bool isNot = dynamic_cast<const QueltEeNotOp*>(&node) != nullptr;
         bool result = false;
-        const long code = evaluate(*single->getChildRef()->getNode(), result, isNot ? isInDomain : !isInDomain);
+        const long code =
+            evaluate(*single->getChildRef()->getNode(), result, isNot ? isInDomain : !isInDomain);
         if (code >= 0) {
             holdsThere = result != isNot;
         }
@@ -330,8 +340,10 @@ std::vector<const QueltEeNode*> unknownsOf(const QueltEeNode& root) {
 }
 
 bool isConstant(const QueltEeVarEff& effectivity, bool value) {
-    const QueltInGuid feature = effectivity.getVar() != nullptr ? effectivity.getVar()->getGuid() : QueltInGuid();
-    std::vector<std::int64_t> numbers{s_least, s_most, QueltEeDate::s_openBelow, QueltEeDate::s_openAbove - 1};
+    const QueltInGuid feature =
+        effectivity.getVar() != nullptr ? effectivity.getVar()->getGuid() : QueltInGuid();
+    std::vector<std::int64_t> numbers{s_least, s_most, QueltEeDate::s_openBelow,
+                                      QueltEeDate::s_openAbove - 1};
     std::vector<SampleConfiguration> configurations(1);
     if (const auto* const named = dynamic_cast<const QueltEeNamedValueVar*>(effectivity.getVar())) {
         for (std::uint32_t number = 0; number < named->getValueCount(); ++number) {
@@ -533,9 +545,13 @@ SampleConfiguration RandomExpressions::configuration() {
             map[guidOf(feature)] = m_random.oneOf(values);
         }
     };
-    const std::vector<std::int64_t> numbers{-1, 0, 1, 2, 3, 4, 5, 6, 8, 9, s_least, s_most, -2000000000,
-                                            2000000001, 5000000000, std::numeric_limits<std::int64_t>::min()};
-    setSometimes(configuration.values, s_engine, std::vector<const char*>{"V6", "V8", "V12", "Diesel", "Steam"});
+    const std::vector<std::int64_t> numbers{
+        -1,          0,          1,          2,
+        3,           4,          5,          6,
+        8,           9,          s_least,    s_most,
+        -2000000000, 2000000001, 5000000000, std::numeric_limits<std::int64_t>::min()};
+    setSometimes(configuration.values, s_engine,
+                 std::vector<const char*>{"V6", "V8", "V12", "Diesel", "Steam"});
     setSometimes(configuration.values, s_package, std::vector<const char*>{"Sport", "Winter", "City"});
     setSometimes(configuration.values, s_colour, std::vector<const char*>{"Red", "Blue"});
     setSometimes(configuration.values, s_paint, std::vector<const char*>{"Matt", "Gloss"});

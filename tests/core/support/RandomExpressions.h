@@ -1,7 +1,8 @@
 #pragma once
 
-// Random effectivities, leaves, trees, lists and configurations for tests that hold for all of them, and what they mean,
-// worked out in the plainest way: by walking down, without any of the classes that evaluate, simplify or develop.
+// Random effectivities, leaves, trees, lists and configurations for tests that hold for all of them, and what
+// they mean, worked out in the plainest way: by walking down, without any of the classes that evaluate,
+// simplify or develop.
 
 #include "core/dictionary/TestTools.h"
 #include "core/expression/ExpressionSamples.h"
@@ -24,9 +25,9 @@
 
 /// A context with three dictionaries, Truck, Van and Bus, and changes and effectivities.
 ///
-/// Engine, Unit, Series and Trim are features of all three. Of Engine and Trim, Truck and Van have the same values, Bus
-/// has others. Package is a feature of Truck and Van, with the same values in another order; Colour of Bus alone. Paint is
-/// an option that no dictionary holds.
+/// Engine, Unit, Series and Trim are features of all three. Of Engine and Trim, Truck and Van have the same
+/// values, Bus has others. Package is a feature of Truck and Van, with the same values in another order;
+/// Colour of Bus alone. Paint is an option that no dictionary holds.
 class SampleWorld {
 public:
     SampleWorld();
@@ -49,7 +50,8 @@ private:
     void addOption(QueltEeModelDico* dictionary, const char* name, std::uint8_t number,
                    const std::vector<const char*>& values);
     void addPackage(QueltEeModelDico* dictionary, const std::vector<const char*>& values);
-    void addTrim(QueltEeModelDico* dictionary, const std::vector<std::pair<unsigned int, unsigned int>>& elements);
+    void addTrim(QueltEeModelDico* dictionary,
+                 const std::vector<std::pair<unsigned int, unsigned int>>& elements);
     template <class Effectivity>
     void addEffectivity(const char* name, std::uint8_t number);
 };
@@ -67,8 +69,8 @@ struct SampleConfiguration {
 
 /// What a tree, a leaf, an effectivity means in one configuration, by definition.
 ///
-/// Nodes whose meaning nobody knows (restriction leaves, leaves without effectivity, single operators without child) hold as
-/// they are told to here, once as they are and once below NOT-domain.
+/// Nodes whose meaning nobody knows (restriction leaves, leaves without effectivity, single operators without
+/// child) hold as they are told to here, once as they are and once below NOT-domain.
 class PlainMeaning {
 public:
     struct Told {
@@ -89,8 +91,8 @@ public:
     }
     /// Whether the list holds, all of it (listMode 0) or one of its criteria.
     [[nodiscard]] bool holds(const QueltQmSpecList& list, int listMode) const;
-    /// As the evaluator is to answer: children in order, up to the first that decides, and a result code for what nobody
-    /// knows.
+    /// As the evaluator is to answer: children in order, up to the first that decides, and a result code for
+    /// what nobody knows.
     [[nodiscard]] long evaluate(const QueltEeNode& node, bool& holds, bool isInDomain = false) const;
 
 private:
@@ -106,7 +108,8 @@ bool isUnknown(const QueltEeNode& node);
 std::vector<QueltEeNode*> nodesOf(const QueltEeNodeRef& root);
 /// All unknown nodes that can be come to, through aliases too, each once.
 std::vector<const QueltEeNode*> unknownsOf(const QueltEeNode& root);
-/// True when the effectivity holds (does not hold) in every configuration. Found by trying all that make a difference.
+/// True when the effectivity holds (does not hold) in every configuration. Found by trying all that make a
+/// difference.
 bool isConstant(const QueltEeVarEff& effectivity, bool value);
 
 /// What random trees are made of.

@@ -117,7 +117,8 @@ TEST_F(CommandLineTest, exitStatusTellsWhetherAllConverted) {
 }
 
 TEST_F(CommandLineTest, contextThatIsNotJsonIsRefusedWithItsPosition) {
-    context = folder.write("bad.json", "\xEF\xBB\xBF{\"format\": \"quelt-context/1\",\r\n \"dictionaries\": [{]}");
+    context =
+        folder.write("bad.json", "\xEF\xBB\xBF{\"format\": \"quelt-context/1\",\r\n \"dictionaries\": [{]}");
     EXPECT_EQ(convert({}, s_record), 2);
     EXPECT_EQ(messages.str(), "quelt-migrate: " + context +
                                   ":2:20: not JSON: expected a key in double quotes in /dictionaries/0\n");
@@ -155,13 +156,13 @@ TEST_F(CommandLineTest, filesThatCannotBeReadAreRefused) {
     EXPECT_EQ(convert({"-o", folder.path()}, s_record), 2);
     EXPECT_EQ(convert({"-o", folder.path("missing/answers")}, s_record), 2);
     const std::string prefix = "quelt-migrate: cannot ";
-    EXPECT_EQ(messages.str(), prefix + "read the records " + folder.path("missing") + ": No such file or directory\n" +
-                                  prefix + "read the records " + folder.path() + ": Is a directory\n" + prefix +
-                                  "read the context " + folder.path("missing") + ": No such file or directory\n" +
-                                  prefix + "read the context " + folder.path() + ": Is a directory\n" + prefix +
-                                  "write the answers " + folder.path() + ": Is a directory\n" + prefix +
-                                  "write the answers " + folder.path("missing/answers") +
-                                  ": No such file or directory\n");
+    EXPECT_EQ(messages.str(),
+              prefix + "read the records " + folder.path("missing") + ": No such file or directory\n" +
+                  prefix + "read the records " + folder.path() + ": Is a directory\n" + prefix +
+                  "read the context " + folder.path("missing") + ": No such file or directory\n" + prefix +
+                  "read the context " + folder.path() + ": Is a directory\n" + prefix + "write the answers " +
+                  folder.path() + ": Is a directory\n" + prefix + "write the answers " +
+                  folder.path("missing/answers") + ": No such file or directory\n");
     EXPECT_EQ(output.text(), "");
 }
 
@@ -200,7 +201,8 @@ TEST_F(CommandLineTest, failuresWhileReadingAndWriting) {
     TextSource something(s_record, 100, EIO);
     EXPECT_EQ(runWith(something, output), 1);
     EXPECT_EQ(output.text(), s_answer);
-    EXPECT_THAT(messages.str(), StartsWith("quelt-migrate: cannot read the records: Input/output error\n1 record in "));
+    EXPECT_THAT(messages.str(),
+                StartsWith("quelt-migrate: cannot read the records: Input/output error\n1 record in "));
     messages.str("");
     TextSource good(s_record);
     TextSink full(10);
@@ -212,8 +214,10 @@ TEST_F(CommandLineTest, saysThatItReadsFromATerminal) {
     TextSource source(s_record);
     Console console{.input = source, .output = output, .messages = messages, .inputIsTerminal = true};
     EXPECT_EQ(runCommandLine({"convert", "--context", context}, console), ExitStatus::success);
-    EXPECT_THAT(messages.str(),
-                StartsWith("quelt-migrate: reading records from the terminal, one JSON object a line; Ctrl-D ends\n"));
+    EXPECT_THAT(
+        messages.str(),
+        StartsWith(
+            "quelt-migrate: reading records from the terminal, one JSON object a line; Ctrl-D ends\n"));
     messages.str("");
     const std::string records = folder.write("records.ndjson", s_record);
     EXPECT_EQ(runCommandLine({"convert", "--context", context, records}, console), ExitStatus::success);

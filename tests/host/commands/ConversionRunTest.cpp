@@ -24,7 +24,9 @@ std::string manyRecords(int count) {
             text += id + R"("tree":true})";
             break;
         case 1:
-            text += id + R"("list":[{"option":"Colour","of":"Bus","in":["Blue"]},{"date":[["2020-01-01",null]]}]})";
+            text +=
+                id +
+                R"("list":[{"option":"Colour","of":"Bus","in":["Blue"]},{"date":[["2020-01-01",null]]}]})";
             break;
         case 2:
             text += id + R"("tree":null})";
@@ -33,7 +35,8 @@ std::string manyRecords(int count) {
             text += id + R"("lst":[]})";
             break;
         default:
-            text += "\n" + id + R"("list":[{"serial":"Unit","in":[[10,20]]},{"option":"Engine","in":["V6"]}]})";
+            text +=
+                "\n" + id + R"("list":[{"serial":"Unit","in":[[10,20]]},{"option":"Engine","in":["V6"]}]})";
         }
         text += '\n';
     }
@@ -70,7 +73,8 @@ TEST_F(ConversionRunTest, answersEveryRecordInOrder) {
 
 TEST_F(ConversionRunTest, jobsDoNotChangeTheAnswers) {
     const std::string text = manyRecords(30'000); // some batches for everyone
-    for (const AnswerOptions options : {AnswerOptions{}, AnswerOptions{.withInput = true, .withTrace = true}}) {
+    for (const AnswerOptions options :
+         {AnswerOptions{}, AnswerOptions{.withInput = true, .withTrace = true}}) {
         TextSource one(text);
         TextSink expected;
         const RunResult expectedResult = run(one, expected, 1, options);
@@ -145,7 +149,8 @@ public:
     explicit WaitingSource(const TextSink& sink) : m_sink(sink) {}
     std::size_t read(char* data, std::size_t /*size*/) override {
         const std::string line = "{\"id\":\"x\",\"tree\":true}\n";
-        m_isAnswered = m_isAnswered && std::count(m_sink.text().begin(), m_sink.text().end(), '\n') == m_given;
+        m_isAnswered =
+            m_isAnswered && std::count(m_sink.text().begin(), m_sink.text().end(), '\n') == m_given;
         if (m_given == 5) {
             return 0;
         }

@@ -65,7 +65,8 @@ TEST(LineReaderTest, byteOrderMarkInFrontIsSkipped) {
 
 /// However the input comes in pieces, the lines are the same.
 TEST(LineReaderTest, piecesDoNotMatter) {
-    const std::string text = "\xEF\xBB\xBF{\"id\":1}\r\n\r\n" + repeated("x", 100) + "\n\n" + repeated("yz\n", 20) + "end";
+    const std::string text =
+        "\xEF\xBB\xBF{\"id\":1}\r\n\r\n" + repeated("x", 100) + "\n\n" + repeated("yz\n", 20) + "end";
     const std::vector<std::string> whole = linesOf(text, 1000, 1000);
     EXPECT_EQ(whole.size(), 23U);
     EXPECT_EQ(whole[1], "3:" + repeated("x", 100));
@@ -92,7 +93,8 @@ TEST(LineReaderTest, batchesAreSmallWhereLinesAre) {
 
 TEST(LineReaderTest, linesUpToTheLimitAreRead) {
     const std::string atLimit(s_maxLineSize, 'x');
-    const std::string text = "a\n" + atLimit + "\r\nb\n" + atLimit + "x\nc\n" + atLimit + "xx\r\nd\n" + atLimit + "x";
+    const std::string text =
+        "a\n" + atLimit + "\r\nb\n" + atLimit + "x\nc\n" + atLimit + "xx\r\nd\n" + atLimit + "x";
     TextSource source(text);
     LineReader reader(source, std::size_t{1} << 20U);
     LineBatch batch;
@@ -102,7 +104,8 @@ TEST(LineReaderTest, linesUpToTheLimitAreRead) {
             lines.push_back(line.size < 10 ? describe(batch, line) : std::to_string(line.number) + ":long");
         }
     }
-    EXPECT_THAT(lines, ElementsAre("1:a", "2:long", "3:b", "4:TOO LONG", "5:c", "6:TOO LONG", "7:d", "8:TOO LONG..."));
+    EXPECT_THAT(lines, ElementsAre("1:a", "2:long", "3:b", "4:TOO LONG", "5:c", "6:TOO LONG", "7:d",
+                                   "8:TOO LONG..."));
 }
 
 /// A text without line ends that is made up while it is read.

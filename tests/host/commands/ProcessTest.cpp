@@ -75,16 +75,18 @@ TEST_F(ProcessTest, inputsOfAllKinds) {
     EXPECT_EQ(marked.status, 0);
     EXPECT_EQ(marked.output, answer);
 
-    const End carriageReturns = convert({.arguments = {}, .input = R"({"id":"P-1","tree":true})"
-                                                                   "\r\n\r\n"});
+    const End carriageReturns = convert({.arguments = {},
+                                         .input = R"({"id":"P-1","tree":true})"
+                                                  "\r\n\r\n"});
     EXPECT_EQ(carriageReturns.status, 0);
     EXPECT_EQ(carriageReturns.output, answer);
 
     const End truncated = convert({.arguments = {}, .input = record + R"({"id":"P-2","tr)"});
     EXPECT_EQ(truncated.status, 1);
-    EXPECT_EQ(truncated.output, answer + R"-({"line":2,"id":"P-2","malformed":"not JSON at column 16: the text ends )-"
-                                         R"-(too early (the input's last line, without a line end)"})-"
-                                         "\n");
+    EXPECT_EQ(truncated.output,
+              answer + R"-({"line":2,"id":"P-2","malformed":"not JSON at column 16: the text ends )-"
+                       R"-(too early (the input's last line, without a line end)"})-"
+                       "\n");
 
     const End unfinished = convert({.arguments = {}, .input = R"({"id":"P-1","tree":true})"});
     EXPECT_EQ(unfinished.status, 0);
@@ -114,8 +116,8 @@ TEST_F(ProcessTest, outputThatCannotBeWritten) {
         const End closed = convert({.arguments = {"--jobs", jobs}, .input = record, .closesOutput = true});
         EXPECT_EQ(closed.status, 1);
         EXPECT_EQ(closed.messages, "");
-        const End closedLong =
-            convert({.arguments = {"--jobs", jobs}, .input = repeated(record, 100'000), .closesOutput = true});
+        const End closedLong = convert(
+            {.arguments = {"--jobs", jobs}, .input = repeated(record, 100'000), .closesOutput = true});
         EXPECT_EQ(closedLong.status, 1);
         EXPECT_EQ(closedLong.messages, "");
     }
@@ -139,10 +141,8 @@ TEST_F(ProcessTest, saysThatItReadsFromATerminal) {
 
 TEST_F(ProcessTest, showsProgressOnATerminal) {
     const std::string input = record + "x\n";
-    const End end = convert({.arguments = {},
-                             .input = input,
-                             .hasMessageTerminal = true,
-                             .environment = {{"TERM", "xterm"}}});
+    const End end = convert(
+        {.arguments = {}, .input = input, .hasMessageTerminal = true, .environment = {{"TERM", "xterm"}}});
     EXPECT_EQ(end.status, 1);
     EXPECT_THAT(end.messages, StartsWith("\r2 records, "));
     EXPECT_THAT(end.messages, HasSubstr("\x1b[31m1 malformed\x1b[0m"));
@@ -152,17 +152,22 @@ TEST_F(ProcessTest, showsProgressOnATerminal) {
 
 TEST_F(ProcessTest, shareIsKnownOfFiles) {
     const std::string records = folder.write("records.ndjson", record);
-    const End end = convert({.arguments = {records}, .hasMessageTerminal = true, .environment = {{"TERM", "xterm"}}});
+    const End end =
+        convert({.arguments = {records}, .hasMessageTerminal = true, .environment = {{"TERM", "xterm"}}});
     EXPECT_THAT(end.messages, HasSubstr("100 % done"));
-    const End redirected =
-        convert({.arguments = {}, .inputPath = records, .hasMessageTerminal = true, .environment = {{"TERM", "xterm"}}});
+    const End redirected = convert({.arguments = {},
+                                    .inputPath = records,
+                                    .hasMessageTerminal = true,
+                                    .environment = {{"TERM", "xterm"}}});
     EXPECT_THAT(redirected.messages, HasSubstr("100 % done"));
 }
 
 TEST_F(ProcessTest, coloursCanBeRefused) {
     const auto messagesWith = [this](std::map<std::string, std::string> environment) {
-        return convert(
-                   {.arguments = {}, .input = "x\n", .hasMessageTerminal = true, .environment = std::move(environment)})
+        return convert({.arguments = {},
+                        .input = "x\n",
+                        .hasMessageTerminal = true,
+                        .environment = std::move(environment)})
             .messages;
     };
     EXPECT_THAT(messagesWith({{"TERM", "xterm"}, {"NO_COLOR", ""}}), HasSubstr("\x1b"));

@@ -19,13 +19,15 @@ TEST(ProgressTest, countsAreGrouped) {
 TEST(ProgressTest, saysWhatIsKnown) {
     EXPECT_EQ(describeProgress({}, false), "0 records");
     EXPECT_EQ(describeProgress({.counts = {.converted = 1}}, false), "1 record");
-    EXPECT_EQ(describeProgress({.counts = {.converted = 3000}, .seconds = 2}, false), "3,000 records, 1,500/s");
+    EXPECT_EQ(describeProgress({.counts = {.converted = 3000}, .seconds = 2}, false),
+              "3,000 records, 1,500/s");
     // A quarter took 30 seconds: 90 are left.
     EXPECT_EQ(describeProgress({.counts = {.converted = 3000}, .seconds = 30, .share = 0.25}, false),
               "3,000 records, 100/s, 25 % done, 1:30 left");
     EXPECT_EQ(describeProgress({.counts = {.converted = 60}, .seconds = 60, .share = 0.01}, false),
               "60 records, 1/s, 1 % done, 1:39:00 left");
-    EXPECT_EQ(describeProgress({.counts = {}, .seconds = 1, .share = 0.0}, false), "0 records, 0/s, 0 % done");
+    EXPECT_EQ(describeProgress({.counts = {}, .seconds = 1, .share = 0.0}, false),
+              "0 records, 0/s, 0 % done");
     // An input that grew meanwhile.
     EXPECT_EQ(describeProgress({.counts = {.converted = 8}, .seconds = 4, .share = 1.5}, false),
               "8 records, 2/s, 100 % done, 0:00 left");
@@ -62,7 +64,8 @@ protected:
 };
 
 TEST_F(ProgressLineTest, isWrittenAtOnceOnATerminalAndCleared) {
-    const Console console{.input = input, .output = output, .messages = messages, .messagesAreTerminal = true};
+    const Console console{
+        .input = input, .output = output, .messages = messages, .messagesAreTerminal = true};
     Progress progress(console, 200);
     progress.update({.converted = 5}, 100);
     EXPECT_TRUE(shown(messages.str()).starts_with("5 records, ")) << messages.str();

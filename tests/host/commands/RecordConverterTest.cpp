@@ -26,38 +26,43 @@ protected:
 };
 
 TEST_F(RecordConverterTest, answersWithTheMap) {
-    EXPECT_EQ(answer(R"({"id": "P-1", "list": [{"option": "Colour", "of": "Bus", "in": ["Blue"]}], "mode": 2})"),
-              R"({"id":"P-1","result":0,"map":[{"domain":2,"expression":{"kind":"filter","dictionary":"Bus","mode":1,)"
-              R"("criteria":[{"option":"Colour","of":"Bus","in":["Blue"]}]}}]})");
+    EXPECT_EQ(
+        answer(R"({"id": "P-1", "list": [{"option": "Colour", "of": "Bus", "in": ["Blue"]}], "mode": 2})"),
+        R"({"id":"P-1","result":0,"map":[{"domain":2,"expression":{"kind":"filter","dictionary":"Bus","mode":1,)"
+        R"("criteria":[{"option":"Colour","of":"Bus","in":["Blue"]}]}}]})");
     EXPECT_EQ(answer(R"({"id": "P-2", "tree": true, "change": true})"),
               R"({"id":"P-2","result":0,"map":[{"domain":2,"expression":{"kind":"change","global":true}}]})");
 }
 
 TEST_F(RecordConverterTest, answersFailuresWithCodeAndErrors) {
-    EXPECT_EQ(answer(R"({"id": "P-1", "tree": null})"),
-              R"({"id":"P-1","result":-2147467259,"code":"0x80004005","errors":["ERROR : unexpected"],"map":[]})");
-    EXPECT_EQ(answer(R"({"id": "P-2", "tree": {"restriction": "x"}})"),
-              R"({"id":"P-2","result":-2147418113,"code":"0x8000FFFF",)"
-              R"("errors":["ERROR : No RestrictionEffLeaf Expected at this level.","ERROR : acceptVisitor Failed"],)"
-              R"("map":[]})");
+    EXPECT_EQ(
+        answer(R"({"id": "P-1", "tree": null})"),
+        R"({"id":"P-1","result":-2147467259,"code":"0x80004005","errors":["ERROR : unexpected"],"map":[]})");
+    EXPECT_EQ(
+        answer(R"({"id": "P-2", "tree": {"restriction": "x"}})"),
+        R"({"id":"P-2","result":-2147418113,"code":"0x8000FFFF",)"
+        R"("errors":["ERROR : No RestrictionEffLeaf Expected at this level.","ERROR : acceptVisitor Failed"],)"
+        R"("map":[]})");
 }
 
 TEST_F(RecordConverterTest, showsTheInputAsTheConversionLeftIt) {
-    EXPECT_EQ(answer(R"({"id": "P-1", "tree": {"restriction": "x"}})", {.withInput = true}),
-              R"({"id":"P-1","result":-2147418113,"code":"0x8000FFFF",)"
-              R"("errors":["ERROR : No RestrictionEffLeaf Expected at this level.","ERROR : acceptVisitor Failed"],)"
-              R"("map":[],"input":{"tree":{"restriction":"x"}}})");
+    EXPECT_EQ(
+        answer(R"({"id": "P-1", "tree": {"restriction": "x"}})", {.withInput = true}),
+        R"({"id":"P-1","result":-2147418113,"code":"0x8000FFFF",)"
+        R"("errors":["ERROR : No RestrictionEffLeaf Expected at this level.","ERROR : acceptVisitor Failed"],)"
+        R"("map":[],"input":{"tree":{"restriction":"x"}}})");
     EXPECT_EQ(answer(R"({"id": "P-2", "list": []})", {.withInput = true}),
               R"({"id":"P-2","result":0,"map":[],"input":{"list":[]}})");
 }
 
 TEST_F(RecordConverterTest, showsTheTrace) {
-    EXPECT_EQ(answer(R"({"id": "P-1", "list": []})", {.withTrace = true}),
-              R"({"id":"P-1","result":0,"map":[],"trace":[)"
-              R"({"class":"QueltEeTarselMigrationServices","method":"ConvertEeGenericExprToEeExpr","level":1,"text":""},)"
-              R"({"class":"QueltEeTarselMigrationServices","method":"ConvertEeGenericExprToEeExpr","level":0,)"
-              R"("text":"This is a filter => generating filter : "},)"
-              R"({"class":"QueltEeTarselMigrationServices","method":"ConvertEeGenericExprToEeExpr","level":2,"text":""}]})");
+    EXPECT_EQ(
+        answer(R"({"id": "P-1", "list": []})", {.withTrace = true}),
+        R"({"id":"P-1","result":0,"map":[],"trace":[)"
+        R"({"class":"QueltEeTarselMigrationServices","method":"ConvertEeGenericExprToEeExpr","level":1,"text":""},)"
+        R"({"class":"QueltEeTarselMigrationServices","method":"ConvertEeGenericExprToEeExpr","level":0,)"
+        R"("text":"This is a filter => generating filter : "},)"
+        R"({"class":"QueltEeTarselMigrationServices","method":"ConvertEeGenericExprToEeExpr","level":2,"text":""}]})");
 }
 
 TEST_F(RecordConverterTest, answersMalformedLinesWithTheirNumber) {
@@ -97,7 +102,8 @@ TEST_F(RecordConverterTest, firstErrorIsTheReasonOfAFailure) {
     TextBuffer answers;
     Counts counts;
     for (const char* const tree : {"null", R"({"restriction": "x"})", "null"}) {
-        converter.convert({}, Padded(R"({"id": "x", "tree": )" + std::string(tree) + "}").text(), answers, counts);
+        converter.convert({}, Padded(R"({"id": "x", "tree": )" + std::string(tree) + "}").text(), answers,
+                          counts);
     }
     EXPECT_EQ(counts.failed, 3U);
     const auto reasons = converter.failures().mostFrequent();
@@ -112,15 +118,19 @@ TEST_F(RecordConverterTest, deepestTreesConvertOnAnyThread) {
     constexpr std::size_t levels = 999;
     const std::vector<std::string> trees{
         repeated(R"({"and":[)", levels) + "true" + repeated("]}", levels),
-        repeated(R"({"or":[)", levels) + R"({"option":"Engine","of":"Truck","in":["V6"]})" + repeated("]}", levels),
+        repeated(R"({"or":[)", levels) + R"({"option":"Engine","of":"Truck","in":["V6"]})" +
+            repeated("]}", levels),
         repeated(R"({"not":)", levels) + "false" + repeated("}", levels),
         R"({"not":)" + repeated(R"({"notDomain":)", levels - 1) + R"({"date":[]})" + repeated("}", levels),
-        R"({"and":[)" + repeated(R"({"or":[true,)", levels - 1) + R"({"eff":"ECO-1"})" + repeated("]}", levels)};
+        R"({"and":[)" + repeated(R"({"or":[true,)", levels - 1) + R"({"eff":"ECO-1"})" +
+            repeated("]}", levels)};
     for (const std::string& tree : trees) {
         for (const char* const change : {"", R"(,"change":true)"}) {
             const std::string line = R"({"id":"x","tree":)" + tree + change + "}";
             std::string answer;
-            std::thread([&] { answer = answerTo(*context, line, {.withInput = true, .withTrace = true}); }).join();
+            std::thread([&] {
+                answer = answerTo(*context, line, {.withInput = true, .withTrace = true});
+            }).join();
             EXPECT_EQ(answer.find("malformed"), std::string::npos) << answer.substr(0, 200);
             EXPECT_NE(answer.find(tree), std::string::npos) << answer.substr(0, 200);
         }

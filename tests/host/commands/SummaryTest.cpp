@@ -6,7 +6,8 @@
 namespace quelt::host {
 namespace {
 
-std::string summaryOf(const Counts& counts, const FailureTally& failures, double seconds, bool hasColours = false) {
+std::string summaryOf(const Counts& counts, const FailureTally& failures, double seconds,
+                      bool hasColours = false) {
     std::ostringstream out;
     writeSummary(out, counts, failures, seconds, hasColours);
     return out.str();

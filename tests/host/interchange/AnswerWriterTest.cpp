@@ -40,12 +40,13 @@ protected:
 TEST_F(AnswerWriterTest, successIsShort) {
     EXPECT_EQ(written({.id = "P-1"}), R"({"id":"P-1","result":0,"map":[]})");
     EXPECT_EQ(written({.id = "\"\n\xC3\xBC", .result = 1}), R"({"id":"\"\n)"
-                                                           "\xC3\xBC"
-                                                           R"(","result":1,"map":[]})");
+                                                            "\xC3\xBC"
+                                                            R"(","result":1,"map":[]})");
 }
 
 TEST_F(AnswerWriterTest, failureHasACode) {
-    EXPECT_EQ(written({.id = "x", .result = E_FAIL}), R"({"id":"x","result":-2147467259,"code":"0x80004005","map":[]})");
+    EXPECT_EQ(written({.id = "x", .result = E_FAIL}),
+              R"({"id":"x","result":-2147467259,"code":"0x80004005","map":[]})");
     EXPECT_EQ(formatCode(E_NOTIMPL), "0x80004001");
     EXPECT_EQ(formatCode(E_UNEXPECTED), "0x8000FFFF");
     EXPECT_EQ(formatCode(E_ALREADYTHERE), "0x800700B7");
@@ -61,8 +62,12 @@ TEST_F(AnswerWriterTest, errorsAndWarningsComeInOrderBesideAnyResult) {
 }
 
 TEST_F(AnswerWriterTest, traceShowsEveryLineOfTheModule) {
-    std::vector<QueltInTraceLine> lines{line("", 1), line("text"), line("[ERROR] src/A.cpp(3)", 0, ""),
-                                        line("        ERROR : deep", 0, ""), line("", 2), line("elsewhere")};
+    std::vector<QueltInTraceLine> lines{line("", 1),
+                                        line("text"),
+                                        line("[ERROR] src/A.cpp(3)", 0, ""),
+                                        line("        ERROR : deep", 0, ""),
+                                        line("", 2),
+                                        line("elsewhere")};
     lines.back().domainName = "QueltCore";
     EXPECT_EQ(written({.id = "x", .lines = lines, .showTrace = true}),
               R"({"id":"x","result":0,"errors":["ERROR : deep"],"map":[],"trace":[)"
@@ -90,16 +95,20 @@ TEST_F(AnswerWriterTest, mapStandsInItsOrder) {
 
 TEST_F(AnswerWriterTest, inputStandsInTheRecordsForm) {
     const QueltEeGenericExpression tree((new QueltEeFalse())->getNodeRef());
-    EXPECT_EQ(written({.id = "x", .input = &tree}), R"({"id":"x","result":0,"map":[],"input":{"tree":false}})");
+    EXPECT_EQ(written({.id = "x", .input = &tree}),
+              R"({"id":"x","result":0,"map":[],"input":{"tree":false}})");
     const QueltEeGenericExpression nothing;
-    EXPECT_EQ(written({.id = "x", .input = &nothing}), R"({"id":"x","result":0,"map":[],"input":{"tree":null}})");
-    const QueltEeGenericExpression list(new QueltQmSpecList(), QueltEeGenericExpression::ListMode::atLeastOne);
+    EXPECT_EQ(written({.id = "x", .input = &nothing}),
+              R"({"id":"x","result":0,"map":[],"input":{"tree":null}})");
+    const QueltEeGenericExpression list(new QueltQmSpecList(),
+                                        QueltEeGenericExpression::ListMode::atLeastOne);
     EXPECT_EQ(written({.id = "x", .input = &list}),
               R"({"id":"x","result":0,"map":[],"input":{"list":[],"mode":2}})");
 }
 
 TEST_F(AnswerWriterTest, malformedLines) {
-    const auto malformed = [](std::uint64_t number, std::optional<std::string_view> id, std::string_view what) {
+    const auto malformed = [](std::uint64_t number, std::optional<std::string_view> id,
+                              std::string_view what) {
         TextBuffer buffer;
         JsonWriter writer(buffer);
         AnswerWriter::writeMalformed(writer, number, id, what);

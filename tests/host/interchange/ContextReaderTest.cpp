@@ -81,14 +81,16 @@ TEST(ContextReaderTest, revisionsLeftOutDifferFromNone) {
     const auto tableOf = [](const char* keys) {
         const auto context = contextOf(withVariable(variable(keys)));
         const QueltInMap* revisions = nullptr;
-        QueltEeSerialVar::cast(*context->findDictionary("D")->getVariable("V"))->getSeqNb2Revisions(revisions);
+        QueltEeSerialVar::cast(*context->findDictionary("D")->getVariable("V"))
+            ->getSeqNb2Revisions(revisions);
         return revisions != nullptr ? std::to_string(revisions->GetLength()) : "none";
     };
     EXPECT_EQ(tableOf(R"("kind": "serial", "externalType": 14)"), "none");
     EXPECT_EQ(tableOf(R"("kind": "serial", "externalType": 14, "revisions": [])"), "0");
     // A number given twice is one revision.
     EXPECT_EQ(tableOf(R"("kind": "serial", "externalType": 14, "revisions": [{"rev": "a", "seq": 4294967295},
-                         {"rev": "b", "seq": 4294967295}])"), "1");
+                         {"rev": "b", "seq": 4294967295}])"),
+              "1");
 }
 
 TEST(ContextReaderTest, readsEffectivities) {
@@ -162,7 +164,8 @@ INSTANTIATE_TEST_SUITE_P(
         RefusalRow{R"({"format": 1})", "expected text, found a number at /format"},
         RefusalRow{R"({"format": "quelt-context/2"})",
                    "unknown format 'quelt-context/2', expected 'quelt-context/1' at /format"},
-        RefusalRow{R"({"format": "quelt-context/1", "dictionary": []})", "unknown key 'dictionary' at /dictionary"},
+        RefusalRow{R"({"format": "quelt-context/1", "dictionary": []})",
+                   "unknown key 'dictionary' at /dictionary"},
         RefusalRow{R"({"format": "quelt-context/1", "a/b~": []})", "unknown key 'a/b~' at /a~1b~0"},
         RefusalRow{R"({"format": "quelt-context/1", "format": "quelt-context/1"})",
                    "key 'format' given twice at /format"},
@@ -188,12 +191,15 @@ INSTANTIATE_TEST_SUITE_P(
 INSTANTIATE_TEST_SUITE_P(
     variables, ContextRefusalTest,
     testing::Values(
-        RefusalRow{withVariable(R"({"kind": "option"})"), "missing key 'name' at /dictionaries/0/variables/0"},
-        RefusalRow{withVariable(variable(R"("values": [])")), "missing key 'kind' at /dictionaries/0/variables/0"},
+        RefusalRow{withVariable(R"({"kind": "option"})"),
+                   "missing key 'name' at /dictionaries/0/variables/0"},
+        RefusalRow{withVariable(variable(R"("values": [])")),
+                   "missing key 'kind' at /dictionaries/0/variables/0"},
         RefusalRow{withVariable(variable(R"("kind": "opt")")),
                    "unknown kind 'opt' (option, selection, serial and treeSeries are known) at "
                    "/dictionaries/0/variables/0/kind"},
-        RefusalRow{withVariable(variable(R"("kind": "option")")), "missing key 'values' at /dictionaries/0/variables/0"},
+        RefusalRow{withVariable(variable(R"("kind": "option")")),
+                   "missing key 'values' at /dictionaries/0/variables/0"},
         RefusalRow{withVariable(variable(R"("kind": "option", "values": ["a", 1])")),
                    "expected text, found a number at /dictionaries/0/variables/0/values/1"},
         RefusalRow{withVariable(variable(R"("kind": "selection", "values": ["a", "b", "a"])")),
@@ -204,8 +210,9 @@ INSTANTIATE_TEST_SUITE_P(
                    "key 'elements' does not belong to a selection at /dictionaries/0/variables/0/elements"},
         RefusalRow{withVariable(variable(R"("kind": "serial", "externalType": 12, "values": [])")),
                    "key 'values' does not belong to a serial variable at /dictionaries/0/variables/0/values"},
-        RefusalRow{withVariable(variable(R"("kind": "treeSeries", "number": 18, "elements": [], "revisions": [])")),
-                   "key 'revisions' does not belong to a tree series at /dictionaries/0/variables/0/revisions"},
+        RefusalRow{
+            withVariable(variable(R"("kind": "treeSeries", "number": 18, "elements": [], "revisions": [])")),
+            "key 'revisions' does not belong to a tree series at /dictionaries/0/variables/0/revisions"},
         RefusalRow{withVariable(variable(R"("kind": "option", "values": [])") + "," +
                                 variable(R"("kind": "selection", "values": [])")),
                    "variable 'V' given twice at /dictionaries/0/variables/1/name"},
@@ -214,39 +221,48 @@ INSTANTIATE_TEST_SUITE_P(
         RefusalRow{withVariable(variable(R"("kind": "serial", "externalType": 12.0)")),
                    "expected a whole number, found a number with fraction or exponent at "
                    "/dictionaries/0/variables/0/externalType"},
-        RefusalRow{withVariable(variable(R"("kind": "serial", "externalType": 2147483648)")),
-                   "number out of range (-2147483648 to 2147483647) at /dictionaries/0/variables/0/externalType"},
+        RefusalRow{
+            withVariable(variable(R"("kind": "serial", "externalType": 2147483648)")),
+            "number out of range (-2147483648 to 2147483647) at /dictionaries/0/variables/0/externalType"},
         RefusalRow{withVariable(variable(R"("kind": "serial", "externalType": 12, "revisions": null)")),
                    "expected an array, found null at /dictionaries/0/variables/0/revisions"},
-        RefusalRow{withVariable(variable(R"("kind": "serial", "externalType": 12, "revisions": [{"rev": "a"}])")),
-                   "missing key 'seq' at /dictionaries/0/variables/0/revisions/0"},
         RefusalRow{
-            withVariable(variable(R"("kind": "serial", "externalType": 12, "revisions": [{"rev": "a", "seq": -1}])")),
+            withVariable(variable(R"("kind": "serial", "externalType": 12, "revisions": [{"rev": "a"}])")),
+            "missing key 'seq' at /dictionaries/0/variables/0/revisions/0"},
+        RefusalRow{withVariable(variable(
+                       R"("kind": "serial", "externalType": 12, "revisions": [{"rev": "a", "seq": -1}])")),
+                   "number out of range (0 to 4294967295) at /dictionaries/0/variables/0/revisions/0/seq"},
+        RefusalRow{
+            withVariable(variable(
+                R"("kind": "serial", "externalType": 12, "revisions": [{"rev": "a", "seq": 4294967296}])")),
             "number out of range (0 to 4294967295) at /dictionaries/0/variables/0/revisions/0/seq"},
-        RefusalRow{withVariable(variable(
-                       R"("kind": "serial", "externalType": 12, "revisions": [{"rev": "a", "seq": 4294967296}])")),
-                   "number out of range (0 to 4294967295) at /dictionaries/0/variables/0/revisions/0/seq"},
-        RefusalRow{withVariable(variable(
-                       R"("kind": "serial", "externalType": 12, "revisions": [{"rev": "a", "seq": 18446744073709551615}])")),
-                   "number out of range (0 to 4294967295) at /dictionaries/0/variables/0/revisions/0/seq"},
+        RefusalRow{
+            withVariable(variable(
+                R"("kind": "serial", "externalType": 12, "revisions": [{"rev": "a", "seq": 18446744073709551615}])")),
+            "number out of range (0 to 4294967295) at /dictionaries/0/variables/0/revisions/0/seq"},
         RefusalRow{withVariable(variable(R"("kind": "treeSeries", "elements": [{"seq": 1}])")),
                    "missing key 'number' at /dictionaries/0/variables/0"},
         RefusalRow{withVariable(variable(R"("kind": "treeSeries", "number": 18)")),
                    "missing key 'elements' at /dictionaries/0/variables/0"},
         RefusalRow{withVariable(variable(R"("kind": "treeSeries", "number": 18, "elements": [])")),
                    "no element without parent at /dictionaries/0/variables/0/elements"},
-        RefusalRow{withVariable(variable(R"("kind": "treeSeries", "number": 18, "elements": [{"seq": 1}, {"seq": 2}])")),
-                   "a second element without parent at /dictionaries/0/variables/0/elements/1"},
         RefusalRow{withVariable(variable(
-                       R"("kind": "treeSeries", "number": 18, "elements": [{"seq": 1}, {"seq": 1, "parent": 1}])")),
-                   "element 1 given twice at /dictionaries/0/variables/0/elements/1/seq"},
-        RefusalRow{withVariable(variable(R"("kind": "treeSeries", "number": 18, "elements": [{"seq": 1}, {"seq": 3,
+                       R"("kind": "treeSeries", "number": 18, "elements": [{"seq": 1}, {"seq": 2}])")),
+                   "a second element without parent at /dictionaries/0/variables/0/elements/1"},
+        RefusalRow{
+            withVariable(variable(
+                R"("kind": "treeSeries", "number": 18, "elements": [{"seq": 1}, {"seq": 1, "parent": 1}])")),
+            "element 1 given twice at /dictionaries/0/variables/0/elements/1/seq"},
+        RefusalRow{
+            withVariable(variable(R"("kind": "treeSeries", "number": 18, "elements": [{"seq": 1}, {"seq": 3,
                        "parent": 2}, {"seq": 2, "parent": 1}])")),
-                   "no element 2 stands before this one at /dictionaries/0/variables/0/elements/1/parent"},
-        RefusalRow{withVariable(variable(R"("kind": "treeSeries", "number": 18, "elements": [{"seq": 2, "parent": 1},
+            "no element 2 stands before this one at /dictionaries/0/variables/0/elements/1/parent"},
+        RefusalRow{
+            withVariable(variable(R"("kind": "treeSeries", "number": 18, "elements": [{"seq": 2, "parent": 1},
                        {"seq": 1}])")),
-                   "no element 1 stands before this one at /dictionaries/0/variables/0/elements/0/parent"},
-        RefusalRow{withVariable(variable(R"("kind": "treeSeries", "number": 18, "elements": [{"seq": 1, "up": 2}])")),
+            "no element 1 stands before this one at /dictionaries/0/variables/0/elements/0/parent"},
+        RefusalRow{withVariable(
+                       variable(R"("kind": "treeSeries", "number": 18, "elements": [{"seq": 1, "up": 2}])")),
                    "unknown key 'up' at /dictionaries/0/variables/0/elements/0/up"}));
 
 INSTANTIATE_TEST_SUITE_P(
@@ -254,8 +270,9 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         RefusalRow{withEffectivity(R"("kind": "other")"),
                    "unknown kind 'other' (predefined and basic are known) at /effectivities/0/kind"},
-        RefusalRow{withEffectivity(R"("kind": "predefined", "inheritedIn": [])"),
-                   "key 'inheritedIn' does not belong to a predefined effectivity at /effectivities/0/inheritedIn"},
+        RefusalRow{
+            withEffectivity(R"("kind": "predefined", "inheritedIn": [])"),
+            "key 'inheritedIn' does not belong to a predefined effectivity at /effectivities/0/inheritedIn"},
         RefusalRow{withEffectivity(R"("kind": "basic", "inheritedIn": ["X"])"),
                    "no dictionary 'X' at /effectivities/0/inheritedIn/0"},
         RefusalRow{withEffectivity(R"("kind": "basic", "inheritedIn": ["D", "D"])"),
@@ -283,12 +300,14 @@ INSTANTIATE_TEST_SUITE_P(
                    "unknown kind 'generic' (effectivity, change and filter are known) at "
                    "/effectivities/0/expression/multiModel/kind"},
         RefusalRow{withExpression(R"({"multiModel": {"kind": "change", "operations": []}})"),
-                   "key 'operations' does not belong to a change at /effectivities/0/expression/multiModel/operations"},
+                   "key 'operations' does not belong to a change at "
+                   "/effectivities/0/expression/multiModel/operations"},
         RefusalRow{withExpression(R"({"multiModel": {"kind": "effectivity", "dictionary": "D"}})"),
                    "key 'dictionary' does not belong to an effectivity at "
                    "/effectivities/0/expression/multiModel/dictionary"},
-        RefusalRow{withExpression(R"({"multiModel": {"kind": "filter", "global": true, "criteria": []}})"),
-                   "key 'global' does not belong to a filter at /effectivities/0/expression/multiModel/global"},
+        RefusalRow{
+            withExpression(R"({"multiModel": {"kind": "filter", "global": true, "criteria": []}})"),
+            "key 'global' does not belong to a filter at /effectivities/0/expression/multiModel/global"},
         RefusalRow{withExpression(R"({"multiModel": {"kind": "filter"}})"),
                    "missing key 'criteria' at /effectivities/0/expression/multiModel"},
         RefusalRow{withExpression(R"({"multiModel": {"kind": "change", "global": null}})"),
@@ -298,9 +317,10 @@ INSTANTIATE_TEST_SUITE_P(
                    "missing key 'dictionary' at /effectivities/0/expression/multiModel/criteria/0"},
         RefusalRow{withExpression(R"({"multiModel": {"kind": "change", "criteria": [{"dictionary": "X"}]}})"),
                    "no dictionary 'X' at /effectivities/0/expression/multiModel/criteria/0/dictionary"},
-        RefusalRow{withExpression(R"({"multiModel": {"kind": "change", "criteria": [{"dictionary": "D", "own": true},
+        RefusalRow{
+            withExpression(R"({"multiModel": {"kind": "change", "criteria": [{"dictionary": "D", "own": true},
                                       {"dictionary": "D", "inherited": false}]}})"),
-                   "dictionary 'D' given twice at /effectivities/0/expression/multiModel/criteria/1/dictionary"},
+            "dictionary 'D' given twice at /effectivities/0/expression/multiModel/criteria/1/dictionary"},
         RefusalRow{withExpression(R"({"multiModel": {"kind": "effectivity", "operations": [{"kind": 1}]}})"),
                    "missing key 'effectivity' at /effectivities/0/expression/multiModel/operations/0"},
         RefusalRow{withExpression(R"({"multiModel": {"kind": "effectivity", "operations":
@@ -310,7 +330,8 @@ INSTANTIATE_TEST_SUITE_P(
 TEST(ContextReaderTest, nestingIsLimited) {
     const auto nested = [](std::size_t levels) {
         return withExpression(R"({"multiModel": {"kind": "change", "global": )" +
-                              repeated(R"({"not": )", levels - 1) + "true" + repeated("}", levels - 1) + "}}");
+                              repeated(R"({"not": )", levels - 1) + "true" + repeated("}", levels - 1) +
+                              "}}");
     };
     EXPECT_EQ(refusalOfContext(nested(1000)), "accepted");
     EXPECT_EQ(refusalOfContext(nested(1001)), "nested more than 1000 levels deep at "

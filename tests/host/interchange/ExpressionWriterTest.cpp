@@ -20,10 +20,11 @@ using test::sampleContext;
 class ExpressionWriterTest : public testing::Test {
 protected:
     std::string rewrittenNode(const std::string& node) {
-        const std::string body = rewritten(R"({"tree":)" + node + "}", [&](const Value& value, JsonWriter& writer) {
-            const auto expression = m_reader.readTree(Fields<Key::tree>(value).need<Key::tree>());
-            m_writer.writeNode(writer, expression->GetNodeRef());
-        });
+        const std::string body =
+            rewritten(R"({"tree":)" + node + "}", [&](const Value& value, JsonWriter& writer) {
+                const auto expression = m_reader.readTree(Fields<Key::tree>(value).need<Key::tree>());
+                m_writer.writeNode(writer, expression->GetNodeRef());
+            });
         return body;
     }
     std::string rewrittenMultiModel(const std::string& expression) {
@@ -34,8 +35,8 @@ protected:
     std::string rewrittenList(const std::string& body) {
         return rewritten(body, [&](const Value& value, JsonWriter& writer) {
             const Fields<Key::list, Key::named, Key::mode> fields(value);
-            const auto expression =
-                m_reader.readList(fields.need<Key::list>(), fields.find<Key::named>(), fields.find<Key::mode>());
+            const auto expression = m_reader.readList(fields.need<Key::list>(), fields.find<Key::named>(),
+                                                      fields.find<Key::mode>());
             writer.beginObject();
             m_writer.writeBody(writer, *expression);
             writer.endObject();
@@ -61,11 +62,13 @@ private:
 };
 
 TEST_F(ExpressionWriterTest, keysStandInOrderAndDefaultsAreLeftOut) {
-    EXPECT_EQ(rewrittenNode(R"({"noVar":false,"negated":false,"in":["V8","V6"],"of":"Bus","option":"Engine"})"),
-              R"({"option":"Engine","of":"Bus","in":["V8","V6"]})");
+    EXPECT_EQ(
+        rewrittenNode(R"({"noVar":false,"negated":false,"in":["V8","V6"],"of":"Bus","option":"Engine"})"),
+        R"({"option":"Engine","of":"Bus","in":["V8","V6"]})");
     EXPECT_EQ(rewrittenNode(R"({"noVar":true,"negated":true,"in":[],"selection":"Package"})"),
               R"({"selection":"Package","of":"Truck","in":[],"negated":true,"noVar":true})");
-    EXPECT_EQ(rewrittenNode(R"({"noVar":true,"negated":true,"date":[]})"), R"({"date":[],"negated":true,"noVar":true})");
+    EXPECT_EQ(rewrittenNode(R"({"noVar":true,"negated":true,"date":[]})"),
+              R"({"date":[],"negated":true,"noVar":true})");
     EXPECT_EQ(rewrittenNode(R"({"negated":true,"of":"Bus","eff":"ECO-1"})"),
               R"({"eff":"ECO-1","of":"Bus","negated":true})");
     EXPECT_EQ(rewrittenNode(R"({"negated":false,"eff":"ECO-1"})"), R"({"eff":"ECO-1"})");
@@ -81,20 +84,25 @@ TEST_F(ExpressionWriterTest, ofIsWrittenWhereTheVariableHasAHolder) {
 }
 
 TEST_F(ExpressionWriterTest, intervals) {
-    EXPECT_EQ(rewrittenNode(R"({"serial":"Unit","in":[{"from":1,"to":2,"toIncl":true,"fromIncl":true},[null,null],
+    EXPECT_EQ(
+        rewrittenNode(R"({"serial":"Unit","in":[{"from":1,"to":2,"toIncl":true,"fromIncl":true},[null,null],
                                [-2000000000,2000000000],[2000000000,-2000000000]]})"),
-              R"({"serial":"Unit","of":"Truck","in":[[1,2],[null,null],[null,null],[2000000000,-2000000000]]})");
-    EXPECT_EQ(rewrittenNode(R"({"serial":"Unit","in":[{"toIncl":false,"to":2,"from":1},{"fromIncl":false,"to":null,"from":1},
+        R"({"serial":"Unit","of":"Truck","in":[[1,2],[null,null],[null,null],[2000000000,-2000000000]]})");
+    EXPECT_EQ(
+        rewrittenNode(
+            R"({"serial":"Unit","in":[{"toIncl":false,"to":2,"from":1},{"fromIncl":false,"to":null,"from":1},
                                {"fromIncl":false,"toIncl":false,"to":2,"from":null}]})"),
-              R"({"serial":"Unit","of":"Truck","in":[{"from":1,"to":2,"toIncl":false},{"from":1,"to":null,"fromIncl":false},)"
-              R"({"from":null,"to":2,"fromIncl":false,"toIncl":false}]})");
+        R"({"serial":"Unit","of":"Truck","in":[{"from":1,"to":2,"toIncl":false},{"from":1,"to":null,"fromIncl":false},)"
+        R"({"from":null,"to":2,"fromIncl":false,"toIncl":false}]})");
 }
 
 TEST_F(ExpressionWriterTest, selections) {
-    EXPECT_EQ(rewrittenNode(R"({"treeSeries":"Line","in":[{"singleIncl":true,"single":5},{"to":7,"from":5},{"from":7},{"to":7},
+    EXPECT_EQ(
+        rewrittenNode(
+            R"({"treeSeries":"Line","in":[{"singleIncl":true,"single":5},{"to":7,"from":5},{"from":7},{"to":7},
                                {"singleIncl":false,"single":5},{"toIncl":false,"fromIncl":false,"to":7,"from":5}]})"),
-              R"({"treeSeries":"Line","of":"Truck","in":[{"single":5},{"from":5,"to":7},{"from":7},{"to":7},)"
-              R"({"single":5,"singleIncl":false},{"from":5,"to":7,"fromIncl":false,"toIncl":false}]})");
+        R"({"treeSeries":"Line","of":"Truck","in":[{"single":5},{"from":5,"to":7},{"from":7},{"to":7},)"
+        R"({"single":5,"singleIncl":false},{"from":5,"to":7,"fromIncl":false,"toIncl":false}]})");
 }
 
 TEST_F(ExpressionWriterTest, selectionWithSeveralEndsIsWrittenAsTheWaysToEach) {
@@ -113,20 +121,24 @@ TEST_F(ExpressionWriterTest, selectionWithSeveralEndsIsWrittenAsTheWaysToEach) {
     TextBuffer buffer;
     JsonWriter writer(buffer);
     CriterionWriter(*context).write(writer, effectivity);
-    EXPECT_EQ(viewOf(buffer),
-              R"({"treeSeries":"Line","of":"Truck","in":[{"from":1,"to":7},{"from":1,"to":6,"toIncl":false}]})");
+    EXPECT_EQ(
+        viewOf(buffer),
+        R"({"treeSeries":"Line","of":"Truck","in":[{"from":1,"to":7},{"from":1,"to":6,"toIncl":false}]})");
 }
 
 TEST_F(ExpressionWriterTest, datesAreWrittenAsShortAsTheyAreExact) {
-    EXPECT_EQ(rewrittenNode(R"({"date":[["2020-01-01T00:00:00Z","2020-01-01T00:00:01Z"],[null,"0000-01-01"],["9999-12-31",null]]})"),
-              R"({"date":[["2020-01-01","2020-01-01T00:00:01Z"],[null,"0000-01-01"],["9999-12-31",null]]})");
+    EXPECT_EQ(
+        rewrittenNode(
+            R"({"date":[["2020-01-01T00:00:00Z","2020-01-01T00:00:01Z"],[null,"0000-01-01"],["9999-12-31",null]]})"),
+        R"({"date":[["2020-01-01","2020-01-01T00:00:01Z"],[null,"0000-01-01"],["9999-12-31",null]]})");
 }
 
 TEST_F(ExpressionWriterTest, nodes) {
     for (const char* const node :
-         {"true", "false", R"({"and":[]})", R"({"or":[true,{"and":[false,{"or":[]}]},true]})", R"({"not":null})",
-          R"({"not":{"not":true}})", R"({"notDomain":{"not":null}})", R"({"restriction":"\"a\\b\u0001"})",
-          R"({"empty":true})", R"({"and":[{"not":{"or":[true]}},{"notDomain":false},{"empty":true}]})"}) {
+         {"true", "false", R"({"and":[]})", R"({"or":[true,{"and":[false,{"or":[]}]},true]})",
+          R"({"not":null})", R"({"not":{"not":true}})", R"({"notDomain":{"not":null}})",
+          R"({"restriction":"\"a\\b\u0001"})", R"({"empty":true})",
+          R"({"and":[{"not":{"or":[true]}},{"notDomain":false},{"empty":true}]})"}) {
         EXPECT_EQ(rewrittenNode(node), node);
     }
 }
@@ -152,8 +164,10 @@ TEST_F(ExpressionWriterTest, lists) {
 TEST_F(ExpressionWriterTest, filters) {
     EXPECT_EQ(rewrittenMultiModel(R"({"named":[],"criteria":[],"mode":0,"kind":"filter"})"),
               R"({"kind":"filter","criteria":[]})");
-    EXPECT_EQ(rewrittenMultiModel(R"({"named":["ECO-1"],"criteria":[{"date":[]}],"mode":1,"dictionary":"Bus","kind":"filter"})"),
-              R"({"kind":"filter","dictionary":"Bus","mode":1,"criteria":[{"date":[]}],"named":["ECO-1"]})");
+    EXPECT_EQ(
+        rewrittenMultiModel(
+            R"({"named":["ECO-1"],"criteria":[{"date":[]}],"mode":1,"dictionary":"Bus","kind":"filter"})"),
+        R"({"kind":"filter","dictionary":"Bus","mode":1,"criteria":[{"date":[]}],"named":["ECO-1"]})");
 }
 
 TEST_F(ExpressionWriterTest, filterWithoutListHasNoCriteria) {
@@ -170,30 +184,37 @@ TEST_F(ExpressionWriterTest, multiModelExpressions) {
                                       {"own":false,"inherited":true,"dictionary":"Truck"}],"kind":"change"})"),
               R"({"kind":"change","criteria":[{"dictionary":"Bus","own":true},)"
               R"({"dictionary":"Truck","inherited":true,"own":false}]})");
-    EXPECT_EQ(rewrittenMultiModel(R"({"operations":[{"effectivity":"ECO-1","kind":1},{"effectivity":"ECO-2","kind":0}],"global":{"not":null},"kind":"effectivity"})"),
-              R"({"kind":"effectivity","global":{"not":null},"operations":[{"kind":1,"effectivity":"ECO-1"},{"kind":0,"effectivity":"ECO-2"}]})");
+    EXPECT_EQ(
+        rewrittenMultiModel(
+            R"({"operations":[{"effectivity":"ECO-1","kind":1},{"effectivity":"ECO-2","kind":0}],"global":{"not":null},"kind":"effectivity"})"),
+        R"({"kind":"effectivity","global":{"not":null},"operations":[{"kind":1,"effectivity":"ECO-1"},{"kind":0,"effectivity":"ECO-2"}]})");
 }
 
 TEST(ContextWriterTest, keysStandInOrderAndDefaultsAreLeftOut) {
     const auto rewritten = [](const char* json) { return test::written(*contextOf(json)); };
-    EXPECT_EQ(rewritten(R"({"effectivities": [], "variables": [], "dictionaries": [], "format": "quelt-context/1"})"),
-              R"({"format":"quelt-context/1"})");
-    EXPECT_EQ(rewritten(R"({"format": "quelt-context/1", "dictionaries": [{"variables": [
+    EXPECT_EQ(
+        rewritten(
+            R"({"effectivities": [], "variables": [], "dictionaries": [], "format": "quelt-context/1"})"),
+        R"({"format":"quelt-context/1"})");
+    EXPECT_EQ(
+        rewritten(R"({"format": "quelt-context/1", "dictionaries": [{"variables": [
                 {"revisions": [], "externalType": 12, "guid": "00000000-0000-4000-8000-00000000000A", "name": "S", "kind": "serial"},
                 {"revisions": [{"seq": 7, "rev": "b"}, {"seq": 5, "rev": "a"}, {"seq": 7, "rev": "c"}], "externalType": -1,
                  "guid": "00000000-0000-4000-8000-00000000000b", "name": "T", "kind": "serial"}],
                 "guid": "00000000-0000-4000-8000-000000000001", "name": "D"}]})"),
-              R"({"format":"quelt-context/1","dictionaries":[{"name":"D","guid":"00000000-0000-4000-8000-000000000001","variables":[)"
-              R"({"kind":"serial","name":"S","guid":"00000000-0000-4000-8000-00000000000a","externalType":12,"revisions":[]},)"
-              R"({"kind":"serial","name":"T","guid":"00000000-0000-4000-8000-00000000000b","externalType":-1,)"
-              R"("revisions":[{"rev":"c","seq":7},{"rev":"a","seq":5}]}]}]})");
-    EXPECT_EQ(rewritten(R"({"format": "quelt-context/1", "dictionaries": [{"name": "D", "guid": "00000000-0000-4000-8000-000000000001"}],
+        R"({"format":"quelt-context/1","dictionaries":[{"name":"D","guid":"00000000-0000-4000-8000-000000000001","variables":[)"
+        R"({"kind":"serial","name":"S","guid":"00000000-0000-4000-8000-00000000000a","externalType":12,"revisions":[]},)"
+        R"({"kind":"serial","name":"T","guid":"00000000-0000-4000-8000-00000000000b","externalType":-1,)"
+        R"("revisions":[{"rev":"c","seq":7},{"rev":"a","seq":5}]}]}]})");
+    EXPECT_EQ(
+        rewritten(
+            R"({"format": "quelt-context/1", "dictionaries": [{"name": "D", "guid": "00000000-0000-4000-8000-000000000001"}],
                 "effectivities": [{"inheritedIn": ["D"], "expression": {"tree": true}, "guid": "00000000-0000-4000-8000-000000000002",
                 "name": "E", "kind": "basic"}, {"inheritedIn": [], "guid": "00000000-0000-4000-8000-000000000003", "name": "F", "kind": "basic"}]})"),
-              R"({"format":"quelt-context/1","dictionaries":[{"name":"D","guid":"00000000-0000-4000-8000-000000000001"}],)"
-              R"("effectivities":[{"kind":"basic","name":"E","guid":"00000000-0000-4000-8000-000000000002",)"
-              R"("expression":{"tree":true},"inheritedIn":["D"]},)"
-              R"({"kind":"basic","name":"F","guid":"00000000-0000-4000-8000-000000000003"}]})");
+        R"({"format":"quelt-context/1","dictionaries":[{"name":"D","guid":"00000000-0000-4000-8000-000000000001"}],)"
+        R"("effectivities":[{"kind":"basic","name":"E","guid":"00000000-0000-4000-8000-000000000002",)"
+        R"("expression":{"tree":true},"inheritedIn":["D"]},)"
+        R"({"kind":"basic","name":"F","guid":"00000000-0000-4000-8000-000000000003"}]})");
 }
 
 } // namespace

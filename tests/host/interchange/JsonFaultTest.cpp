@@ -31,8 +31,7 @@ TEST_P(JsonFaultTest, saysWhatIsWrongAndWhere) {
 INSTANTIATE_TEST_SUITE_P(
     faults, JsonFaultTest,
     testing::Values(
-        FaultRow{"", "nothing to read", 0, ""},
-        FaultRow{" \r\n\t", "nothing to read", 4, ""},
+        FaultRow{"", "nothing to read", 0, ""}, FaultRow{" \r\n\t", "nothing to read", 4, ""},
         FaultRow{"{", "the text ends too early", 1, ""},
         FaultRow{R"({"a")", "the text ends too early", 4, ""},
         FaultRow{R"({"a":)", "the text ends too early", 5, ""},
@@ -51,8 +50,7 @@ INSTANTIATE_TEST_SUITE_P(
         FaultRow{R"({"x":[{"a":1 2}]})", "expected ',' or '}'", 13, "/x/0"},
         FaultRow{R"([1 2])", "expected ',' or ']'", 3, ""},
         FaultRow{R"({"l":[0,[1 2]]})", "expected ',' or ']'", 11, "/l/1"},
-        FaultRow{R"([1,])", "expected a value", 3, ""},
-        FaultRow{R"([,])", "expected a value", 1, ""},
+        FaultRow{R"([1,])", "expected a value", 3, ""}, FaultRow{R"([,])", "expected a value", 1, ""},
         FaultRow{R"({"a":nul})", "expected a value", 5, ""},
         FaultRow{R"({"a":'b'})", "expected a value", 5, ""},
         FaultRow{R"({"a":+1})", "expected a value", 5, ""},
@@ -75,8 +73,7 @@ INSTANTIATE_TEST_SUITE_P(
         FaultRow{R"({"a":"\ud800A"})", "half of a surrogate pair", 6, ""},
         FaultRow{R"({"a":"\ud800\ud800"})", "half of a surrogate pair", 6, ""},
         FaultRow{R"({"a":"\udc00"})", "half of a surrogate pair", 6, ""},
-        FaultRow{"\xEF\xBB\xBF{}", "expected a value", 0, ""},
-        FaultRow{"\xFF\xFE{\0}\0", "not UTF-8", 0, ""},
+        FaultRow{"\xEF\xBB\xBF{}", "expected a value", 0, ""}, FaultRow{"\xFF\xFE{\0}\0", "not UTF-8", 0, ""},
         FaultRow{"{\"a\":\"\xC3\"}", "not UTF-8", 6, ""},
         FaultRow{"{\"a\":\"\xC0\x80\"}", "not UTF-8", 6, ""},         // longer than needed
         FaultRow{"{\"a\":\"\xE0\x9F\xBF\"}", "not UTF-8", 6, ""},     // longer than needed
@@ -88,10 +85,21 @@ INSTANTIATE_TEST_SUITE_P(
         FaultRow{repeated("[", 4097), "objects and arrays nested more than 4096 deep", 4096, ""}));
 
 TEST(JsonFaultTest, findsNothingInGoodDocuments) {
-    const std::vector<std::string> documents{
-        "null", " true\r\n", "false", "-0", "0.5e-3", "1E+2", "18446744073709551615", "-9223372036854775808", "1e-999",
-        R"("\"\\\/\b\f\n\r\té😀")", "\"\xC3\xBC\xE2\x82\xAC\xF0\x9F\x98\x80\"", "[]", "{}",
-        R"({"a":[1,{"b":[]},"c"],"a":2})", repeated("[", 4096) + repeated("]", 4096)};
+    const std::vector<std::string> documents{"null",
+                                             " true\r\n",
+                                             "false",
+                                             "-0",
+                                             "0.5e-3",
+                                             "1E+2",
+                                             "18446744073709551615",
+                                             "-9223372036854775808",
+                                             "1e-999",
+                                             R"("\"\\\/\b\f\n\r\té😀")",
+                                             "\"\xC3\xBC\xE2\x82\xAC\xF0\x9F\x98\x80\"",
+                                             "[]",
+                                             "{}",
+                                             R"({"a":[1,{"b":[]},"c"],"a":2})",
+                                             repeated("[", 4096) + repeated("]", 4096)};
     for (const std::string& document : documents) {
         EXPECT_FALSE(findJsonFault(document).has_value()) << document.substr(0, 80);
     }
@@ -110,7 +118,8 @@ TEST(JsonFaultTest, givesTheIdThatStandsBeforeTheFault) {
 }
 
 TEST(JsonFaultTest, positionCountsLinesAndCharacters) {
-    const std::string_view text = "ab\nc\xC3\xBC\xF0\x9F\x98\x80" "d";
+    const std::string_view text = "ab\nc\xC3\xBC\xF0\x9F\x98\x80"
+                                  "d";
     const auto position = [&](std::size_t offset) {
         const TextPosition found = positionOf(text, offset);
         return std::to_string(found.line) + ":" + std::to_string(found.column);
@@ -125,7 +134,8 @@ TEST(JsonFaultTest, positionCountsLinesAndCharacters) {
 
 /// Every text made of these pieces, up to a length: the scanner and the parser agree on what is a document.
 TEST(JsonFaultTest, agreesWithTheParserOnSmallTexts) {
-    const std::vector<std::string> pieces{"{", "}", "[", "]", ",", ":", "\"a\"", "1", " ", "-", "true", "\xC3"};
+    const std::vector<std::string> pieces{"{",     "}", "[", "]", ",",    ":",
+                                          "\"a\"", "1", " ", "-", "true", "\xC3"};
     simdjson::dom::parser parser;
     std::size_t good = 0;
     std::size_t texts = 0;
@@ -136,7 +146,8 @@ TEST(JsonFaultTest, agreesWithTheParserOnSmallTexts) {
     }
     for (std::size_t number = 0; number < count; ++number) {
         std::string text;
-        for (std::size_t rest = number, position = 0; position < length; ++position, rest /= pieces.size() + 1) {
+        for (std::size_t rest = number, position = 0; position < length;
+             ++position, rest /= pieces.size() + 1) {
             const std::size_t piece = rest % (pieces.size() + 1);
             text += piece < pieces.size() ? pieces[piece] : "";
         }

@@ -22,7 +22,8 @@ TEST(KeyTest, namesStandInTheOrderOfTheKeys) {
 }
 
 TEST(KeyTest, otherNamesAreNotFound) {
-    for (const char* const name : {"", "lst", "List", "list ", "i", "idd", "not_", "treeseries", "\xC3\xBC"}) {
+    for (const char* const name :
+         {"", "lst", "List", "list ", "i", "idd", "not_", "treeseries", "\xC3\xBC"}) {
         EXPECT_EQ(keys::find(name), keys::s_none) << name;
     }
     for (const std::string_view name : keys::s_names) {

@@ -46,8 +46,9 @@ TEST_F(LoadedContextTest, firstBearerIsThatOfTheFirstDictionary) {
 }
 
 TEST_F(LoadedContextTest, otherBearersDifferInGuidOrKind) {
-    EXPECT_EQ(context->findBearers("Colour")->other, context->dictionaries()[1]->getVariable("Colour")); // GUID
-    EXPECT_EQ(context->findBearers("Mixed")->other, context->dictionaries()[1]->getVariable("Mixed"));   // kind
+    EXPECT_EQ(context->findBearers("Colour")->other,
+              context->dictionaries()[1]->getVariable("Colour"));                                      // GUID
+    EXPECT_EQ(context->findBearers("Mixed")->other, context->dictionaries()[1]->getVariable("Mixed")); // kind
     EXPECT_EQ(context->findBearers("Seats")->other, context->findTopVariable("Seats"));
 }
 

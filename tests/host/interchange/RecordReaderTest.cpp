@@ -43,7 +43,8 @@ TEST_F(RecordReaderTest, readsWhatIsToBeDone) {
     EXPECT_EQ(plain.id, "P-1");
     EXPECT_FALSE(plain.isChange);
     EXPECT_EQ(plain.basicEffectivity, nullptr);
-    const Record full = read(R"({"basicEff": "EFF-7", "branch": false, "change": true, "tree": true, "id": ""})");
+    const Record full =
+        read(R"({"basicEff": "EFF-7", "branch": false, "change": true, "tree": true, "id": ""})");
     EXPECT_EQ(full.id, "");
     EXPECT_TRUE(full.isChange);
     EXPECT_EQ(full.basicEffectivity, context->findEffectivity("EFF-7"));
@@ -57,7 +58,8 @@ TEST_F(RecordReaderTest, readsEveryNode) {
               "NOTDOMAIN(NOT(Engine in {V6}))");
     EXPECT_EQ(readCriterion(R"({"eff": "ECO-1"})"), "eff(ECO-1)");
     EXPECT_EQ(readCriterion(R"({"eff": "ECO-1", "of": "Truck", "negated": false})"), "eff(ECO-1, Truck)");
-    EXPECT_EQ(readCriterion(R"({"eff": "ECO-1", "of": "Truck", "negated": true})"), "not (eff(ECO-1, Truck))");
+    EXPECT_EQ(readCriterion(R"({"eff": "ECO-1", "of": "Truck", "negated": true})"),
+              "not (eff(ECO-1, Truck))");
     EXPECT_EQ(readCriterion(R"({"restriction": "Largo"})"), "restriction(Largo)");
 }
 
@@ -70,7 +72,8 @@ TEST_F(RecordReaderTest, readsEmptyPlaces) {
         QueltEeVarEffLeaf::cast(QueltEeNodeRef::cast(root->getChildren().Get(0))->getNode());
     ASSERT_NE(leaf, nullptr);
     EXPECT_EQ(leaf->getVarEff(), nullptr);
-    const auto* const inverse = QueltEeNotOp::cast(QueltEeNodeRef::cast(root->getChildren().Get(1))->getNode());
+    const auto* const inverse =
+        QueltEeNotOp::cast(QueltEeNodeRef::cast(root->getChildren().Get(1))->getNode());
     ASSERT_NE(inverse, nullptr);
     EXPECT_EQ(inverse->getChildRef(), nullptr);
     EXPECT_EQ(read(R"({"id": "x", "tree": null})").expression->GetNodeRef(), nullptr);
@@ -80,7 +83,8 @@ TEST_F(RecordReaderTest, readsNamedValues) {
     // The order and the repetitions are those of the record.
     EXPECT_EQ(readCriterion(R"({"option": "Engine", "in": ["V8", "V6", "V8"]})"), "Engine in {V8, V6, V8}");
     EXPECT_EQ(readCriterion(R"({"in": [], "selection": "Package"})"), "Package in {}");
-    EXPECT_EQ(readCriterion(R"({"option": "Engine", "in": ["V6"], "negated": true})"), "not (Engine in {V6})?");
+    EXPECT_EQ(readCriterion(R"({"option": "Engine", "in": ["V6"], "negated": true})"),
+              "not (Engine in {V6})?");
     EXPECT_EQ(readCriterion(R"({"option": "Engine", "in": ["V6"], "noVar": true})"), "Engine in {V6}?");
 }
 
@@ -101,26 +105,35 @@ TEST_F(RecordReaderTest, flagsAreStoredAsGiven) {
 TEST_F(RecordReaderTest, readsSerialIntervals) {
     EXPECT_EQ(readCriterion(R"({"serial": "Unit", "in": [[10, 20], [30, null], [null, 5], [null, null]]})"),
               "Unit in [10, 20] | [30, +inf] | [-inf, 5] | [-inf, +inf]");
-    EXPECT_EQ(readCriterion(R"({"serial": "Unit", "in": [{"from": 10, "to": 20, "fromIncl": false, "toIncl": true}]})"),
+    EXPECT_EQ(readCriterion(
+                  R"({"serial": "Unit", "in": [{"from": 10, "to": 20, "fromIncl": false, "toIncl": true}]})"),
               "Unit in (10, 20]");
-    EXPECT_EQ(readCriterion(R"({"serial": "Unit", "in": [{"from": null, "to": 20, "toIncl": false}, {"from": 1, "to": 2}]})"),
-              "Unit in [-inf, 20) | [1, 2]");
-    EXPECT_EQ(readCriterion(R"({"serial": "Unit", "in": [[2147483647, -2147483648], [-2000000000, 2000000000]]})"),
-              "Unit in [2147483647, -2147483648] | [-inf, +inf]");
+    EXPECT_EQ(
+        readCriterion(
+            R"({"serial": "Unit", "in": [{"from": null, "to": 20, "toIncl": false}, {"from": 1, "to": 2}]})"),
+        "Unit in [-inf, 20) | [1, 2]");
+    EXPECT_EQ(
+        readCriterion(R"({"serial": "Unit", "in": [[2147483647, -2147483648], [-2000000000, 2000000000]]})"),
+        "Unit in [2147483647, -2147483648] | [-inf, +inf]");
 }
 
 TEST_F(RecordReaderTest, readsTreeSeriesSelections) {
-    EXPECT_EQ(readCriterion(R"({"treeSeries": "Line", "in": [{"single": 5}, {"from": 5, "to": 7}, {"from": 7}, {"to": 7}]})"),
-              "Line in [5] | [5, 7] | [7, +inf] | [-inf, 7]");
+    EXPECT_EQ(
+        readCriterion(
+            R"({"treeSeries": "Line", "in": [{"single": 5}, {"from": 5, "to": 7}, {"from": 7}, {"to": 7}]})"),
+        "Line in [5] | [5, 7] | [7, +inf] | [-inf, 7]");
     EXPECT_EQ(readCriterion(R"({"treeSeries": "Line", "in": [{"single": 5, "singleIncl": false},
                                {"from": 5, "fromIncl": false, "to": 7, "toIncl": false}, {"to": 7, "toIncl": true}]})"),
               "Line in (5) | (5, 7) | [-inf, 7]");
 }
 
 TEST_F(RecordReaderTest, readsDates) {
-    EXPECT_EQ(readCriterion(R"({"date": [["2020-01-01", "2021-01-01"], ["2024-06-01", null], [null, "1999-12-31T23:59:59Z"]]})"),
-              "date in [2020-01-01, 2021-01-01) | [2024-06-01, +inf) | [-inf, 1999-12-31T23:59:59Z)");
-    EXPECT_EQ(readCriterion(R"({"date": [["2020-01-01", null]], "noVar": true})"), "date in [2020-01-01, +inf)?");
+    EXPECT_EQ(
+        readCriterion(
+            R"({"date": [["2020-01-01", "2021-01-01"], ["2024-06-01", null], [null, "1999-12-31T23:59:59Z"]]})"),
+        "date in [2020-01-01, 2021-01-01) | [2024-06-01, +inf) | [-inf, 1999-12-31T23:59:59Z)");
+    EXPECT_EQ(readCriterion(R"({"date": [["2020-01-01", null]], "noVar": true})"),
+              "date in [2020-01-01, +inf)?");
 }
 
 TEST_F(RecordReaderTest, ofSaysWhichVariable) {
@@ -145,10 +158,12 @@ TEST_F(RecordReaderTest, ofSaysWhichVariable) {
 }
 
 TEST_F(RecordReaderTest, readsLists) {
-    EXPECT_EQ(readExpression(R"("list": [{"option": "Engine", "in": ["V6"]}])"), "generic(all: Engine in {V6})");
-    EXPECT_EQ(readExpression(R"("list": [{"option": "Engine", "in": ["V6"]}, {"serial": "Unit", "in": [[1, 2]]}],
+    EXPECT_EQ(readExpression(R"("list": [{"option": "Engine", "in": ["V6"]}])"),
+              "generic(all: Engine in {V6})");
+    EXPECT_EQ(
+        readExpression(R"("list": [{"option": "Engine", "in": ["V6"]}, {"serial": "Unit", "in": [[1, 2]]}],
                                  "named": ["ECO-2", "EFF-7"], "mode": 2)"),
-              "generic(at least one: Engine in {V6}, Unit in [1, 2], eff(ECO-2), eff(EFF-7))");
+        "generic(at least one: Engine in {V6}, Unit in [1, 2], eff(ECO-2), eff(EFF-7))");
 }
 
 TEST_F(RecordReaderTest, emptyListIsAList) {
@@ -218,21 +233,30 @@ INSTANTIATE_TEST_SUITE_P(
         RefusalRow{R"({"id": "x", "lst": []})", "unknown key 'lst' at /lst"},
         RefusalRow{R"({"id": "x", "in": []})", "unknown key 'in' at /in"},
         RefusalRow{R"({"id": "x", "multiModel": {}})", "unknown key 'multiModel' at /multiModel"},
-        RefusalRow{R"({"id": "x", "tree": true, "list": []})", "key 'list' does not belong to 'tree' at /list"},
-        RefusalRow{R"({"id": "x", "mode": 1, "tree": true})", "key 'mode' does not belong to 'tree' at /mode"},
-        RefusalRow{R"({"id": "x", "named": [], "tree": true})", "key 'named' does not belong to 'tree' at /named"},
-        RefusalRow{R"({"id": "x", "list": [], "binary": ""})", "key 'binary' does not belong to 'list' at /binary"},
+        RefusalRow{R"({"id": "x", "tree": true, "list": []})",
+                   "key 'list' does not belong to 'tree' at /list"},
+        RefusalRow{R"({"id": "x", "mode": 1, "tree": true})",
+                   "key 'mode' does not belong to 'tree' at /mode"},
+        RefusalRow{R"({"id": "x", "named": [], "tree": true})",
+                   "key 'named' does not belong to 'tree' at /named"},
+        RefusalRow{R"({"id": "x", "list": [], "binary": ""})",
+                   "key 'binary' does not belong to 'list' at /binary"},
         RefusalRow{R"({"id": "x", "binary": "AAAA"})", "'binary' is not supported yet at /binary"},
         RefusalRow{R"({"id": "x", "compiled": {}})", "'compiled' is not supported yet at /compiled"},
-        RefusalRow{R"({"id": "x", "tree": true, "branch": true})", "'branch' is not supported yet at /branch"},
-        RefusalRow{R"({"id": "x", "tree": true, "branch": 1})", "expected true or false, found a number at /branch"},
-        RefusalRow{R"({"id": "x", "tree": true, "change": "yes"})", "expected true or false, found text at /change"},
+        RefusalRow{R"({"id": "x", "tree": true, "branch": true})",
+                   "'branch' is not supported yet at /branch"},
+        RefusalRow{R"({"id": "x", "tree": true, "branch": 1})",
+                   "expected true or false, found a number at /branch"},
+        RefusalRow{R"({"id": "x", "tree": true, "change": "yes"})",
+                   "expected true or false, found text at /change"},
         RefusalRow{R"({"id": "x", "tree": true, "basicEff": "X"})", "no effectivity 'X' at /basicEff"},
         RefusalRow{R"({"id": "x", "tree": true, "basicEff": "ECO-1"})",
                    "'ECO-1' is not a basic effectivity at /basicEff"},
-        RefusalRow{R"({"id": "x", "tree": true, "basicEff": null})", "expected text, found null at /basicEff"},
+        RefusalRow{R"({"id": "x", "tree": true, "basicEff": null})",
+                   "expected text, found null at /basicEff"},
         RefusalRow{R"({"id": "x", "list": {}})", "expected an array, found an object at /list"},
-        RefusalRow{R"({"id": "x", "list": [], "mode": "all"})", "expected a whole number, found text at /mode"},
+        RefusalRow{R"({"id": "x", "list": [], "mode": "all"})",
+                   "expected a whole number, found text at /mode"},
         RefusalRow{R"({"id": "x", "list": [], "mode": 1.5})",
                    "expected a whole number, found a number with fraction or exponent at /mode"},
         RefusalRow{R"({"id": "x", "list": [], "mode": 1e0})",
@@ -255,7 +279,8 @@ INSTANTIATE_TEST_SUITE_P(
         RefusalRow{tree(R"({"of": "Truck"})"), "no key says what this node is at /tree"},
         RefusalRow{tree(R"({"xor": []})"), "unknown key 'xor' at /tree/xor"},
         RefusalRow{tree(R"({"or": [], "and": []})"), "key 'or' does not belong to 'and' at /tree/or"},
-        RefusalRow{tree(R"({"and": [], "negated": true})"), "key 'negated' does not belong to 'and' at /tree/negated"},
+        RefusalRow{tree(R"({"and": [], "negated": true})"),
+                   "key 'negated' does not belong to 'and' at /tree/negated"},
         RefusalRow{tree(R"({"and": {}})"), "expected an array, found an object at /tree/and"},
         RefusalRow{tree(R"({"and": [true, {"or": [null]}]})"),
                    "expected a node (true, false or an object), found null at /tree/and/1/or/0"},
@@ -265,10 +290,12 @@ INSTANTIATE_TEST_SUITE_P(
         RefusalRow{tree(R"({"eff": null})"), "expected text, found null at /tree/eff"},
         RefusalRow{tree(R"({"eff": "ECO-1", "of": "X"})"), "no dictionary 'X' at /tree/of"},
         RefusalRow{tree(R"({"eff": "ECO-1", "of": null})"), "expected text, found null at /tree/of"},
-        RefusalRow{tree(R"({"eff": "ECO-1", "noVar": true})"), "key 'noVar' does not belong to 'eff' at /tree/noVar"},
+        RefusalRow{tree(R"({"eff": "ECO-1", "noVar": true})"),
+                   "key 'noVar' does not belong to 'eff' at /tree/noVar"},
         RefusalRow{tree(R"({"restriction": 1})"), "expected text, found a number at /tree/restriction"},
         RefusalRow{tree(R"({"empty": false})"), "expected true at /tree/empty"},
-        RefusalRow{tree(R"({"empty": true, "of": "Truck"})"), "key 'of' does not belong to 'empty' at /tree/of"},
+        RefusalRow{tree(R"({"empty": true, "of": "Truck"})"),
+                   "key 'of' does not belong to 'empty' at /tree/of"},
         RefusalRow{list("true"), "expected a criterion (an object), found true at /list/0"},
         RefusalRow{list(R"({"and": []})"), "expected a criterion, found 'and' at /list/0"},
         RefusalRow{list(R"({"eff": "ECO-1"})"), "expected a criterion, found 'eff' at /list/0"},
@@ -282,18 +309,23 @@ INSTANTIATE_TEST_SUITE_P(
                    "no variable 'Loose' in dictionary 'Truck' at /list/0/option"},
         RefusalRow{list(R"({"option": "Engine", "of": null, "in": []})"),
                    "no variable 'Engine' at the top at /list/0/option"},
-        RefusalRow{list(R"({"option": "Engine", "of": "Truk", "in": []})"), "no dictionary 'Truk' at /list/0/of"},
-        RefusalRow{list(R"({"option": "Engine", "of": 1, "in": []})"), "expected text, found a number at /list/0/of"},
+        RefusalRow{list(R"({"option": "Engine", "of": "Truk", "in": []})"),
+                   "no dictionary 'Truk' at /list/0/of"},
+        RefusalRow{list(R"({"option": "Engine", "of": 1, "in": []})"),
+                   "expected text, found a number at /list/0/of"},
         RefusalRow{list(R"({"option": 1, "in": []})"), "expected text, found a number at /list/0/option"},
         RefusalRow{list(R"({"option": "Colour", "in": []})"),
-                   "ambiguous: 'Colour' in 'Truck' and in 'Bus' are different features, 'of' must say which is meant "
+                   "ambiguous: 'Colour' in 'Truck' and in 'Bus' are different features, 'of' must say which "
+                   "is meant "
                    "at /list/0/option"},
-        RefusalRow{list(R"({"option": "Mixed", "in": []})"),
-                   "ambiguous: 'Mixed' in 'Truck' and in 'Bus' are different features, 'of' must say which is meant "
-                   "at /list/0/option"},
-        RefusalRow{list(R"({"option": "Seats", "in": []})"),
-                   "ambiguous: 'Seats' in 'Bus' and at the top are different features, 'of' must say which is meant "
-                   "at /list/0/option"},
+        RefusalRow{
+            list(R"({"option": "Mixed", "in": []})"),
+            "ambiguous: 'Mixed' in 'Truck' and in 'Bus' are different features, 'of' must say which is meant "
+            "at /list/0/option"},
+        RefusalRow{
+            list(R"({"option": "Seats", "in": []})"),
+            "ambiguous: 'Seats' in 'Bus' and at the top are different features, 'of' must say which is meant "
+            "at /list/0/option"},
         RefusalRow{list(R"({"option": "Unit", "in": []})"),
                    "'Unit' is a serial variable, not of the kind 'option' at /list/0/option"},
         RefusalRow{list(R"({"selection": "Engine", "in": []})"),
@@ -315,9 +347,12 @@ INSTANTIATE_TEST_SUITE_P(
         RefusalRow{list(R"({"option": "Engine"})"), "missing key 'in' at /list/0"},
         RefusalRow{list(R"({"serial": "Unit"})"), "missing key 'in' at /list/0"},
         RefusalRow{list(R"({"treeSeries": "Line"})"), "missing key 'in' at /list/0"},
-        RefusalRow{list(R"({"option": "Engine", "in": "V6"})"), "expected an array, found text at /list/0/in"},
-        RefusalRow{list(R"({"option": "Engine", "in": ["V6", "V9"]})"), "'Engine' has no value 'V9' at /list/0/in/1"},
-        RefusalRow{list(R"({"option": "Engine", "in": [6]})"), "expected text, found a number at /list/0/in/0"},
+        RefusalRow{list(R"({"option": "Engine", "in": "V6"})"),
+                   "expected an array, found text at /list/0/in"},
+        RefusalRow{list(R"({"option": "Engine", "in": ["V6", "V9"]})"),
+                   "'Engine' has no value 'V9' at /list/0/in/1"},
+        RefusalRow{list(R"({"option": "Engine", "in": [6]})"),
+                   "expected text, found a number at /list/0/in/0"},
         RefusalRow{list(R"({"option": "Engine", "in": [], "negated": 1})"),
                    "expected true or false, found a number at /list/0/negated"},
         RefusalRow{list(R"({"option": "Engine", "in": [], "noVar": null})"),
@@ -326,7 +361,8 @@ INSTANTIATE_TEST_SUITE_P(
                    "key 'selection' does not belong to 'option' at /list/0/selection"},
         RefusalRow{list(R"({"serial": "Unit", "in": [1]})"),
                    "expected an interval (an array or an object), found a number at /list/0/in/0"},
-        RefusalRow{list(R"({"serial": "Unit", "in": [[1]]})"), "an interval has two bounds, not 1 at /list/0/in/0"},
+        RefusalRow{list(R"({"serial": "Unit", "in": [[1]]})"),
+                   "an interval has two bounds, not 1 at /list/0/in/0"},
         RefusalRow{list(R"({"serial": "Unit", "in": [[1, 2, 3]]})"),
                    "an interval has two bounds, not 3 at /list/0/in/0"},
         RefusalRow{list(R"({"serial": "Unit", "in": [[1, 2], [1, "2"]]})"),
@@ -341,16 +377,19 @@ INSTANTIATE_TEST_SUITE_P(
                    "unknown key 'singleIncl' at /list/0/in/0/singleIncl"},
         RefusalRow{list(R"({"serial": "Unit", "in": [{"from": 1, "to": 2, "toIncl": 0}]})"),
                    "expected true or false, found a number at /list/0/in/0/toIncl"},
-        RefusalRow{list(R"({"treeSeries": "Line", "in": [5]})"), "expected an object, found a number at /list/0/in/0"},
-        RefusalRow{list(R"({"treeSeries": "Line", "in": [{}]})"), "expected 'single', 'from' or 'to' at /list/0/in/0"},
+        RefusalRow{list(R"({"treeSeries": "Line", "in": [5]})"),
+                   "expected an object, found a number at /list/0/in/0"},
+        RefusalRow{list(R"({"treeSeries": "Line", "in": [{}]})"),
+                   "expected 'single', 'from' or 'to' at /list/0/in/0"},
         RefusalRow{list(R"({"treeSeries": "Line", "in": [{"toIncl": true}]})"),
                    "expected 'single', 'from' or 'to' at /list/0/in/0"},
         RefusalRow{list(R"({"treeSeries": "Line", "in": [{"single": 5, "to": 7}]})"),
                    "key 'to' does not belong to 'single' at /list/0/in/0/to"},
         RefusalRow{list(R"({"treeSeries": "Line", "in": [{"from": 5, "toIncl": true}]})"),
                    "key 'toIncl' does not belong to the bounds that are given at /list/0/in/0/toIncl"},
-        RefusalRow{list(R"({"treeSeries": "Line", "in": [{"to": 5, "singleIncl": true}]})"),
-                   "key 'singleIncl' does not belong to the bounds that are given at /list/0/in/0/singleIncl"},
+        RefusalRow{
+            list(R"({"treeSeries": "Line", "in": [{"to": 5, "singleIncl": true}]})"),
+            "key 'singleIncl' does not belong to the bounds that are given at /list/0/in/0/singleIncl"},
         RefusalRow{list(R"({"treeSeries": "Line", "in": [{"single": 2}]})"),
                    "tree series 'Line' has no element 2 at /list/0/in/0/single"},
         RefusalRow{list(R"({"treeSeries": "Line", "in": [{"from": 5, "to": 99}]})"),
@@ -365,8 +404,9 @@ INSTANTIATE_TEST_SUITE_P(
                    "key 'in' does not belong to 'date' at /list/0/in"},
         RefusalRow{list(R"({"date": [["2020-02-30", null]]})"),
                    "'2020-02-30' is no date (YYYY-MM-DD or YYYY-MM-DDThh:mm:ssZ) at /list/0/date/0/0"},
-        RefusalRow{list(R"({"date": [[null, "2020-01-01 00:00:00"]]})"),
-                   "'2020-01-01 00:00:00' is no date (YYYY-MM-DD or YYYY-MM-DDThh:mm:ssZ) at /list/0/date/0/1"},
+        RefusalRow{
+            list(R"({"date": [[null, "2020-01-01 00:00:00"]]})"),
+            "'2020-01-01 00:00:00' is no date (YYYY-MM-DD or YYYY-MM-DDThh:mm:ssZ) at /list/0/date/0/1"},
         RefusalRow{list(R"({"date": [[2020, null]]})"), "expected text, found a number at /list/0/date/0/0"},
         RefusalRow{list(R"({"date": ["2020-01-01"]})"), "expected an array, found text at /list/0/date/0"},
         RefusalRow{list(R"({"date": null})"), "expected an array, found null at /list/0/date"}));
@@ -375,8 +415,10 @@ TEST(RecordNestingTest, levelsAreLimited) {
     const auto nested = [](std::size_t levels) {
         return tree(repeated(R"({"and": [)", levels - 1) + "true" + repeated("]}", levels - 1));
     };
-    EXPECT_EQ(refusalOf(nested(1001)), "nested more than 1000 levels deep at /tree" + repeated("/and/0", 1000));
-    EXPECT_EQ(refusalOf(nested(1500)), "nested more than 1000 levels deep at /tree" + repeated("/and/0", 1000));
+    EXPECT_EQ(refusalOf(nested(1001)),
+              "nested more than 1000 levels deep at /tree" + repeated("/and/0", 1000));
+    EXPECT_EQ(refusalOf(nested(1500)),
+              "nested more than 1000 levels deep at /tree" + repeated("/and/0", 1000));
     EXPECT_EQ(refusalOf(nested(3000)),
               "not JSON at column 18452: objects and arrays nested more than 4096 deep");
     EXPECT_EQ(refusalOf(nested(1000)).find("malformed"), std::string::npos);

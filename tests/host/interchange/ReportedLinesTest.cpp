@@ -36,8 +36,9 @@ TEST(ReportedLinesTest, errorReportsAreTheirMessages) {
 }
 
 TEST(ReportedLinesTest, plainLinesGoByTheirBeginning) {
-    EXPECT_THAT(reported({line("ERROR : plain"), line("WARNING : mind"), line("There is an ERROR"), line("ERR")}),
-                ElementsAre("E:ERROR : plain", "W:WARNING : mind", "-:There is an ERROR", "-:ERR"));
+    EXPECT_THAT(
+        reported({line("ERROR : plain"), line("WARNING : mind"), line("There is an ERROR"), line("ERR")}),
+        ElementsAre("E:ERROR : plain", "W:WARNING : mind", "-:There is an ERROR", "-:ERR"));
 }
 
 TEST(ReportedLinesTest, indentationCountsOnlyBehindALocation) {
@@ -47,7 +48,8 @@ TEST(ReportedLinesTest, indentationCountsOnlyBehindALocation) {
 }
 
 TEST(ReportedLinesTest, otherDomainsAreLeftOut) {
-    EXPECT_THAT(reported({line("ERROR : core", 0, "QueltCore"), line("", 1), line("", 2)}), ElementsAre("-:", "-:"));
+    EXPECT_THAT(reported({line("ERROR : core", 0, "QueltCore"), line("", 1), line("", 2)}),
+                ElementsAre("-:", "-:"));
 }
 
 TEST(ReportedLinesTest, visitEndsTheWalk) {

@@ -12,7 +12,8 @@ namespace quelt::host::test {
 /// A text that is read in pieces of at most `piece` bytes, and that may fail at its end.
 class TextSource : public ByteSource {
 public:
-    explicit TextSource(std::string_view text, std::size_t piece = static_cast<std::size_t>(-1), int errorAtEnd = 0)
+    explicit TextSource(std::string_view text, std::size_t piece = static_cast<std::size_t>(-1),
+                        int errorAtEnd = 0)
         : m_text(text), m_piece(piece), m_errorAtEnd(errorAtEnd) {}
 
     std::size_t read(char* data, std::size_t size) override {

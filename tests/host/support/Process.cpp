@@ -102,7 +102,8 @@ End run(const Start& start) {
 
     posix_spawn_file_actions_t actions;
     posix_spawnattr_t attributes;
-    check(::posix_spawn_file_actions_init(&actions) == 0 && ::posix_spawnattr_init(&attributes) == 0, "spawn");
+    check(::posix_spawn_file_actions_init(&actions) == 0 && ::posix_spawnattr_init(&attributes) == 0,
+          "spawn");
     if (start.inputPath.empty()) {
         ::posix_spawn_file_actions_adddup2(&actions, input.reading, STDIN_FILENO);
     } else {
@@ -128,8 +129,8 @@ End run(const Start& start) {
         ::close(output.reading);
     }
     pid_t child = 0;
-    const int error = ::posix_spawn(&child, QUELT_MIGRATE, &actions, &attributes, pointersTo(arguments).data(),
-                                    pointersTo(environment).data());
+    const int error = ::posix_spawn(&child, QUELT_MIGRATE, &actions, &attributes,
+                                    pointersTo(arguments).data(), pointersTo(environment).data());
     ::posix_spawn_file_actions_destroy(&actions);
     ::posix_spawnattr_destroy(&attributes);
     check(error == 0, "cannot start " QUELT_MIGRATE);

@@ -64,9 +64,9 @@ QueltInGuid RandomContext::guid() {
 }
 
 int RandomContext::bound() {
-    static constexpr int bounds[] = {0,          1,           -1,          99999,
-                                     2000000000, -2000000000, 1999999999,  std::numeric_limits<int>::max(),
-                                     2010,       -2000000001, 2000000001,  std::numeric_limits<int>::min()};
+    static constexpr int bounds[] = {0,          1,           -1,         99999,
+                                     2000000000, -2000000000, 1999999999, std::numeric_limits<int>::max(),
+                                     2010,       -2000000001, 2000000001, std::numeric_limits<int>::min()};
     return bounds[below(std::size(bounds))];
 }
 
@@ -113,7 +113,8 @@ std::unique_ptr<QueltEeVariable> RandomContext::variable(const std::string& name
 }
 
 std::unique_ptr<QueltEeVariable> RandomContext::treeSeriesVariable(const std::string& name) {
-    auto tree = std::make_unique<QueltEeTreeSeriesVar>(QueltInString(name), guid(), static_cast<unsigned>(bound()));
+    auto tree =
+        std::make_unique<QueltEeTreeSeriesVar>(QueltInString(name), guid(), static_cast<unsigned>(bound()));
     tree->addRootElement(static_cast<unsigned>(bound()));
     for (unsigned count = below(6); count > 0; --count) {
         const auto& elements = tree->getElements();
@@ -194,7 +195,8 @@ std::unique_ptr<QueltEeVarEff> RandomContext::criterionOn(const QueltEeVariable&
 std::unique_ptr<QueltEeVarEff> RandomContext::treeSeriesCriterion(const QueltEeTreeSeriesVar& variable) {
     const auto element = [&] {
         const auto included = static_cast<unsigned char>(onceIn(4) ? 0 : 1);
-        const QueltEeTreeSeriesElement* const any = variable.getElements()[below(variable.getElements().size())].get();
+        const QueltEeTreeSeriesElement* const any =
+            variable.getElements()[below(variable.getElements().size())].get();
         return QueltEeTreeSeriesSelectionBound(any, included);
     };
     auto effectivity = std::make_unique<QueltEeTreeSeriesEff>(variable);
@@ -231,9 +233,11 @@ std::unique_ptr<QueltEeVarEff> RandomContext::withoutVariable() {
 }
 
 std::unique_ptr<QueltEeVarEff> RandomContext::dates() {
-    static constexpr std::int64_t dates[] = {0,        -1,           86400,        1577836800,
-                                             86399,    -62167219200, 253402300799, 951782400};
-    const auto any = [&](std::int64_t openEnd) { return onceIn(4) ? openEnd : dates[below(std::size(dates))]; };
+    static constexpr std::int64_t dates[] = {0,     -1,           86400,        1577836800,
+                                             86399, -62167219200, 253402300799, 951782400};
+    const auto any = [&](std::int64_t openEnd) {
+        return onceIn(4) ? openEnd : dates[below(std::size(dates))];
+    };
     auto effectivity = std::make_unique<QueltEeDateEff>();
     for (unsigned count = below(4); count > 0; --count) {
         effectivity->addInterval({any(QueltEeDate::s_openBelow), any(QueltEeDate::s_openAbove)});
@@ -291,8 +295,9 @@ RandomContext::OwnedReference RandomContext::leaf() {
             const auto effectivities = m_context->effectivities();
             const auto dictionaries = m_context->dictionaries();
             const bool hasDictionary = !dictionaries.empty() && onceIn(2);
-            auto* const made = new QueltEeEffLeaf(effectivities[below(effectivities.size())],
-                                                  hasDictionary ? dictionaries[below(dictionaries.size())] : nullptr);
+            auto* const made =
+                new QueltEeEffLeaf(effectivities[below(effectivities.size())],
+                                   hasDictionary ? dictionaries[below(dictionaries.size())] : nullptr);
             if (onceIn(3)) {
                 made->opNot();
             }

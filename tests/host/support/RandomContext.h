@@ -11,8 +11,8 @@
 
 namespace quelt::host::test {
 
-/// A context full of what is hard to write down: names of all kinds, names borne by several variables, every kind of
-/// variable, and effectivities whose expressions name each other. The same seed makes the same.
+/// A context full of what is hard to write down: names of all kinds, names borne by several variables, every
+/// kind of variable, and effectivities whose expressions name each other. The same seed makes the same.
 class RandomContext {
 public:
     explicit RandomContext(unsigned seed);

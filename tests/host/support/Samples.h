@@ -23,8 +23,9 @@ private:
     std::size_t m_size;
 };
 
-/// Two dictionaries, Truck and Bus, with every kind of variable, variables at the top, and effectivities. Engine is one
-/// feature everywhere, Colour and Mixed are two; Seats at the top bears the name of another feature of Bus.
+/// Two dictionaries, Truck and Bus, with every kind of variable, variables at the top, and effectivities.
+/// Engine is one feature everywhere, Colour and Mixed are two; Seats at the top bears the name of another
+/// feature of Bus.
 [[nodiscard]] std::string_view sampleContext();
 
 /// The context that `json` describes; throws what the reader throws.
@@ -35,7 +36,8 @@ private:
 [[nodiscard]] std::string written(const LoadedContext& context);
 
 /// The answer to `line` as line 1, without the line end.
-[[nodiscard]] std::string answerTo(const LoadedContext& context, std::string_view line, AnswerOptions options = {});
+[[nodiscard]] std::string answerTo(const LoadedContext& context, std::string_view line,
+                                   AnswerOptions options = {});
 /// What `line` is refused for, by the sample context; the whole answer when it is not refused.
 [[nodiscard]] std::string refusalOf(std::string_view line);
 

@@ -34,8 +34,8 @@ public:
         if (object == nullptr) {
             return *this << "null";
         }
-        return (*this << object->dType()->getName()).name(object->getName().view()) << " "
-                      << object->getGuid().toString().ConvertToChar();
+        return (*this << object->dType()->getName()).name(object->getName().view())
+               << " " << object->getGuid().toString().ConvertToChar();
     }
     [[nodiscard]] const std::string& text() const { return m_text; }
 
@@ -187,8 +187,9 @@ void dumpDefinition(Dump& out, const QueltEeVariable& variable) {
         out << static_cast<std::int64_t>(tree->getNumber());
         for (const auto& element : tree->getElements()) {
             out << static_cast<std::int64_t>(element->getSeqNumber()) << "below ";
-            out << (element->getParent() != nullptr ? static_cast<std::int64_t>(element->getParent()->getSeqNumber())
-                                                    : -1);
+            out << (element->getParent() != nullptr
+                        ? static_cast<std::int64_t>(element->getParent()->getSeqNumber())
+                        : -1);
         }
     }
     out << "\n";

@@ -9,8 +9,8 @@
 
 namespace quelt::test {
 
-/// The lines that a piece of work writes, as an engineer reads them: entry and exit as "> method" and "< method", error
-/// reports by their message, everything else as it stands.
+/// The lines that a piece of work writes, as an engineer reads them: entry and exit as "> method" and "<
+/// method", error reports by their message, everything else as it stands.
 class Captured {
 public:
     explicit Captured(QueltInTraceCapture::Wanted wanted) : m_capture(wanted) {}

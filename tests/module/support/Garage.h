@@ -15,8 +15,8 @@ inline QueltInGuid guidOf(unsigned char number) {
     return QueltInGuid(bytes);
 }
 
-/// Two dictionaries, Truck and Van, with what the tests of the module need of them. The context is the caller's choice,
-/// so that a double can stand for it.
+/// Two dictionaries, Truck and Van, with what the tests of the module need of them. The context is the
+/// caller's choice, so that a double can stand for it.
 template <class Context = QueltEeExpressionContext>
 struct Garage {
     Garage() {
