@@ -51,8 +51,9 @@ QueltEeGroupOp& Belongings::makeExtensible(QueltEeGroupOp& group) {
     }
     QueltEeGroupOp& copy = makeGroup(group.isAnd());
     for (QueltInObject* const element : group.getChildren().elements()) {
-        if (QueltEeNode* const child = static_cast<QueltEeNodeRef*>(element)->getNode()) {
-            copy.addChild(*child);
+        const QueltEeNodeRef* const reference = QueltEeNodeRef::cast(element);
+        if (reference != nullptr && reference->getNode() != nullptr) {
+            copy.addChild(*reference->getNode());
         }
     }
     return copy;

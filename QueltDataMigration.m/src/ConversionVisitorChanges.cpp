@@ -9,6 +9,7 @@
 #include "infrastructure/QueltInSet.h"
 
 using quelt::conversion::findChildNode;
+using quelt::conversion::isEmpty;
 using quelt::conversion::s_isRenumbering;
 using quelt::conversion::s_trace;
 using OperationKind = QueltEeExpressionOperation::OperationKind;
@@ -177,6 +178,10 @@ QueltEeMultiModelExpression& QueltEeGenExprToEeMMExprVisitor::makeTarget() {
 }
 
 long QueltEeGenExprToEeMMExprVisitor::fileCriterion(const QueltEeModelDico& dictionary, QueltEeNodeRef* own) {
+    m_pBelongings->keep(own); // like the criterion, until it is filed: what refuses it may not fail the conversion
+    if (isEmpty(own)) {
+        return s_trace.fail("ERROR : unexpected");
+    }
     QueltEeNodeRef* inherited = nullptr;
     if (m_isChange != 0) {
         if (m_listOfBasicEffs.IsEmpty() == 0) {
@@ -188,7 +193,13 @@ long QueltEeGenExprToEeMMExprVisitor::fileCriterion(const QueltEeModelDico& dict
             return s_trace.fail("ERROR : generateInheritedNodeRefForDico Failed", result);
         }
     }
-    auto* const criteria = new QueltEeMultiModelExpression::ModelCriteria(&inherited, &own);
+    m_pBelongings->handOver(own);
+    auto* const criteria =
+        m_pBelongings->keep(new QueltEeMultiModelExpression::ModelCriteria(&inherited, &own));
     const long result = makeTarget().setModelCriteria(dictionary, criteria);
-    return result < 0 ? s_trace.fail("ERROR : setModelCriteria failed", result) : result;
+    if (result < 0) {
+        return s_trace.fail("ERROR : setModelCriteria failed", result);
+    }
+    m_pBelongings->handOver(criteria);
+    return result;
 }

@@ -76,6 +76,7 @@ long QueltEeGenExprToEeMMExprVisitor::convertHistory(QueltEeAndOp& node) {
     result = analyzeCollectedEvolutionVariant();
     if (createdAnd != nullptr) {
         s_trace.inform("Deleting the pAndOp that was not deleted so far");
+        m_p_EV_ChildNodeRef = nullptr; // it is the group's
         createdAnd->removeChildren();
         m_pBelongings->removeGroup(*createdAnd);
     }

@@ -11,6 +11,7 @@
 #include "infrastructure/QueltInMap.h"
 
 using quelt::conversion::findChildNode;
+using quelt::conversion::isEmpty;
 using quelt::conversion::s_isRenumbering;
 using quelt::conversion::s_trace;
 using OperationKind = QueltEeExpressionOperation::OperationKind;
@@ -88,6 +89,9 @@ long QueltEeGenExprToEeMMExprVisitor::fileInherited(const QueltEeBasicEff& effec
         QueltEeNodeRef* inherited = nullptr;
         if (constant != nullptr) {
             inherited = constant->clone();
+            if (isEmpty(inherited)) {
+                return s_trace.fail("ERROR : unexpected");
+            }
         } else {
             result = generateInheritedNodeRefForDico(*dictionary, inherited);
             if (result < 0) {

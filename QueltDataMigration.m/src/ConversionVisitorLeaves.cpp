@@ -16,6 +16,7 @@
 #include "expression/QueltEeOperators.h"
 #include "infrastructure/QueltInSet.h"
 
+using quelt::conversion::isEmpty;
 using quelt::conversion::s_isRenumbering;
 using quelt::conversion::s_trace;
 
@@ -167,8 +168,8 @@ long QueltEeGenExprToEeMMExprVisitor::convertTreeSeries(QueltEeVarEffLeaf& leaf,
 long QueltEeGenExprToEeMMExprVisitor::convertDate(QueltEeVarEffLeaf& leaf) {
     // An earlier date that nobody has taken is overwritten; it stays among the belongings.
     m_p_History_ChildNodeRef = m_pBelongings->keep(leaf.clone());
-    if (m_atRoot == 0) {
-        return S_OK;
+    if (m_atRoot != 0) {
+        return fileHistoryAtRoot();
     }
-    return fileHistoryAtRoot();
+    return isEmpty(m_p_History_ChildNodeRef) ? s_trace.fail("ERROR : unexpected") : S_OK;
 }

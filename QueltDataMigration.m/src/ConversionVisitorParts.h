@@ -21,4 +21,9 @@ inline QueltEeNode* findChildNode(QueltInObject* element) {
     return reference != nullptr ? reference->getNode() : nullptr;
 }
 
+/// True for no reference, and for one without node: what a clone is that could not be made.
+inline bool isEmpty(const QueltEeNodeRef* reference) {
+    return reference == nullptr || reference->getNode() == nullptr;
+}
+
 } // namespace quelt::conversion

@@ -215,9 +215,18 @@ long QueltEeGenExprToEeMMExprVisitor::generateMapDomainIDToEeExpr(QueltInMap*& o
                                                                   : QueltEeEffectivityExpression::sType());
     }
     if (m_isChange != 0) {
-        return m_pChangeExpression == nullptr
-                   ? s_trace.fail("ERROR : no change expression generated")
-                   : fileUnder(s_changeDomain, *m_pChangeExpression, *outputMap, *m_pBelongings);
+        if (m_pChangeExpression == nullptr) {
+            return s_trace.fail("ERROR : no change expression generated");
+        }
+        const long result = fileUnder(s_changeDomain, *m_pChangeExpression, *outputMap, *m_pBelongings);
+        if (result >= 0) { // what has come of an effectivity is not filed
+            for (QueltEeEffectivityExpression* const ignored :
+                 {m_pEVExpression, m_pHistoryExpression, m_pTrueFalseExpression}) {
+                m_pBelongings->handOver(ignored);
+                m_pBelongings->keep(ignored);
+            }
+        }
+        return result;
     }
     if (m_pEVExpression == nullptr && m_pHistoryExpression == nullptr && m_pTrueFalseExpression == nullptr) {
         return s_trace.fail("ERROR : no effectivity expression generated");

@@ -15,6 +15,10 @@ public:
         openChildren(upper);
     }
 
+    /// True when anything can stand above the node at all.
+    [[nodiscard]] static bool isHeld(const QueltEeNode& node) noexcept {
+        return node.m_pAliases != nullptr || (node.m_pRef != nullptr && node.m_pRef->m_pHolder != nullptr);
+    }
     /// True when the upper node stands above the lower one.
     [[nodiscard]] bool run() {
         while (!m_above.empty() && !m_below.empty()) {
@@ -91,6 +95,9 @@ private:
 bool QueltEeNode::isAtOrAbove(const QueltEeNode& other) const {
     if (this == &other) {
         return true;
+    }
+    if (!quelt::AncestrySearch::isHeld(other)) {
+        return false; // as a group that is being built
     }
     return quelt::NodeChildren(*this).at(0) != nullptr && quelt::AncestrySearch(*this, other).run();
 }
