@@ -36,8 +36,10 @@ class QueltInSet;
 /// construct it, let the root node accept it, and, when that succeeded, call generateMapDomainIDToEeExpr. One
 /// thread, one conversion.
 ///
-/// The visitor owns nothing: outputs that were not filed, and what a failed walk leaves behind, are not
-/// deleted with it.
+/// Outputs that were not filed, and what a failed walk leaves of them, are not deleted with the visitor. What
+/// it has made on its way (groups that join nodes of the tree by alias, copies of dates, operations) goes
+/// with its last copy. So every tree that it visits outlives its last visit, and a visitor that works inside
+/// an arena is made and destroyed inside it.
 class QUELT_DATA_MIGRATION_API QueltEeGenExprToEeMMExprVisitor
     : public QueltInTyped<QueltEeGenExprToEeMMExprVisitor, QueltEeNodeVisitor> {
 public:
@@ -48,7 +50,8 @@ public:
     /// @param basicEff the basic effectivity whose content is converted, or null; not owned.
     QueltEeGenExprToEeMMExprVisitor(unsigned char isChange, const QueltEeExpressionContext& context,
                                     QueltEeBasicEff* basicEff);
-    /// Copies every member as it is; both visitors then refer to the same expressions.
+    /// Copies every member as it is; both visitors then refer to the same expressions and share what was made
+    /// on the way.
     QueltEeGenExprToEeMMExprVisitor(const QueltEeGenExprToEeMMExprVisitor& other);
     /// Forgets everything; deletes nothing.
     ~QueltEeGenExprToEeMMExprVisitor() override;

@@ -2,6 +2,8 @@
 
 #include "expression/QueltEeOperators.h"
 
+#include <algorithm>
+
 namespace quelt {
 
 Belongings::~Belongings() {
@@ -26,15 +28,48 @@ bool Belongings::handOver(const QueltInObject* object) {
     return false;
 }
 
-void Belongings::remove(QueltInObject* object) {
+void Belongings::destroy(QueltInObject* object) {
     if (handOver(object)) {
         delete object;
     }
 }
 
-void Belongings::removeGroup(QueltEeGroupOp& group) {
+void Belongings::noteFiled(const QueltInObject& output) {
+    handOver(&output);
+    if (!isFiled(&output)) {
+        m_filed.push_back(&output);
+    }
+}
+
+bool Belongings::isFiled(const QueltInObject* output) const {
+    return std::find(m_filed.begin(), m_filed.end(), output) != m_filed.end();
+}
+
+void Belongings::keepUnfiled(QueltInObject* output) {
+    if (!isFiled(output)) {
+        handOver(output); // another copy of the visitor may have given it up before
+        add(output);
+    }
+}
+
+void Belongings::destroyUnfiled(QueltInObject* output) {
+    if (!isFiled(output)) {
+        handOver(output);
+        delete output;
+    }
+}
+
+void Belongings::destroyGroup(QueltEeGroupOp& group) {
     m_groups.erase(&group);
-    remove(group.getNodeRef());
+    destroy(group.getNodeRef());
+}
+
+void Belongings::join(QueltEeGroupOp& group, QueltEeNode& node) {
+    QueltEeNodeRef* const alias = QueltEeNodeRef::makeAlias(node);
+    QueltInLinkList& children = group.getChildren();
+    if (children.Set(static_cast<unsigned int>(children.GetLength()), *alias) < 0) {
+        delete alias;
+    }
 }
 
 QueltEeGroupOp& Belongings::makeGroup(bool isAnd) {
@@ -53,7 +88,7 @@ QueltEeGroupOp& Belongings::makeExtensible(QueltEeGroupOp& group) {
     for (QueltInObject* const element : group.getChildren().elements()) {
         const QueltEeNodeRef* const reference = QueltEeNodeRef::cast(element);
         if (reference != nullptr && reference->getNode() != nullptr) {
-            copy.addChild(*reference->getNode());
+            join(copy, *reference->getNode());
         }
     }
     return copy;

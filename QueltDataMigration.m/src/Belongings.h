@@ -31,14 +31,22 @@ public:
     /// here.
     bool handOver(const QueltInObject* object);
     /// Deletes `object` when it is kept here.
-    void remove(QueltInObject* object);
+    void destroy(QueltInObject* object);
 
-    /// Deletes `group`, which was made here.
-    void removeGroup(QueltEeGroupOp& group);
+    /// `output` belongs to the owner of a map from now on, for good.
+    void noteFiled(const QueltInObject& output);
+    /// Keeps an output (null is accepted) that will not be filed any more; one that was filed before is left
+    /// alone.
+    void keepUnfiled(QueltInObject* output);
+    /// Deletes an output (null is accepted), unless it was filed.
+    void destroyUnfiled(QueltInObject* output);
 
-    /// A new group of the operator of `like`, without children. It stays here: other groups get aliases of
-    /// it.
+    /// A new AND, or OR, without children. It stays here: other groups get aliases of it.
     QueltEeGroupOp& makeGroup(bool isAnd);
+    /// Deletes `group`, which was made here.
+    void destroyGroup(QueltEeGroupOp& group);
+    /// Adds `node`, which stays whose it is, to `group`, which was made here.
+    static void join(QueltEeGroupOp& group, QueltEeNode& node);
     /// A group that says what `group` says and to which children may be added without changing what the
     /// caller owns: `group` itself when it was made here, else a new one with aliases of its children.
     QueltEeGroupOp& makeExtensible(QueltEeGroupOp& group);
@@ -48,10 +56,12 @@ private:
                                       QueltInAllocator<const QueltEeNode*>>;
 
     void add(QueltInObject* object);
+    [[nodiscard]] bool isFiled(const QueltInObject* output) const;
 
     QueltInSmallVector<QueltInObject*, 8>
         m_objects; // what is handed over is nearly always the last that came
-    Groups m_groups;
+    QueltInSmallVector<const QueltInObject*, 4> m_filed;
+    Groups m_groups; // the nodes of the groups made here
 };
 
 } // namespace quelt

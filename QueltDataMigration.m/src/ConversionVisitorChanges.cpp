@@ -69,9 +69,9 @@ long QueltEeGenExprToEeMMExprVisitor::accumulate(QueltEeNodeRef*& accumulated, b
     if (produced == nullptr) {
         return S_OK;
     }
-    m_p_EV_ChildNodeRef = nullptr;
     if (accumulated == nullptr) {
         accumulated = produced;
+        m_p_EV_ChildNodeRef = nullptr;
         return S_OK;
     }
     if (!isGroupCreated) {
@@ -79,7 +79,7 @@ long QueltEeGenExprToEeMMExprVisitor::accumulate(QueltEeNodeRef*& accumulated, b
             return s_trace.fail("ERROR : Cannot cast this group op into a known op");
         }
         QueltEeGroupOp& joined = m_pBelongings->makeGroup(group.isAnd());
-        joined.addChild(*accumulated->getNode());
+        m_pBelongings->join(joined, *accumulated->getNode());
         accumulated = joined.getNodeRef();
         isGroupCreated = true;
     }
@@ -88,8 +88,9 @@ long QueltEeGenExprToEeMMExprVisitor::accumulate(QueltEeNodeRef*& accumulated, b
         return s_trace.fail("ERROR : unexpected");
     }
     QueltEeGroupOp& extensible = m_pBelongings->makeExtensible(*joined);
-    extensible.addChild(*produced->getNode());
+    m_pBelongings->join(extensible, *produced->getNode());
     accumulated = extensible.getNodeRef();
+    m_p_EV_ChildNodeRef = nullptr;
     return S_OK;
 }
 
@@ -103,7 +104,7 @@ long QueltEeGenExprToEeMMExprVisitor::fileCurrentOperation(bool isAlternative) {
     if (result < 0) {
         return s_trace.fail("ERROR : addOperation FAILED.", result);
     }
-    m_pBelongings->remove(m_pCurrentOperation);
+    m_pBelongings->destroy(m_pCurrentOperation);
     m_pCurrentOperation = nullptr;
     return result;
 }
@@ -159,7 +160,8 @@ long QueltEeGenExprToEeMMExprVisitor::fileUnderEach(const QueltInSet& dictionari
         if (dictionary == nullptr) {
             return s_trace.fail("ERROR, unexpected");
         }
-        result = fileCriterion(*dictionary, clone != 0 ? node.clone() : node.getNodeRef());
+        result =
+            fileCriterion(*dictionary, clone != 0 ? m_pBelongings->keep(node.clone()) : node.getNodeRef());
         if (result < 0) {
             return result;
         }
@@ -178,7 +180,6 @@ QueltEeMultiModelExpression& QueltEeGenExprToEeMMExprVisitor::makeTarget() {
 }
 
 long QueltEeGenExprToEeMMExprVisitor::fileCriterion(const QueltEeModelDico& dictionary, QueltEeNodeRef* own) {
-    m_pBelongings->keep(own); // like the criterion, until it is filed: what refuses it may not fail the conversion
     if (isEmpty(own)) {
         return s_trace.fail("ERROR : unexpected");
     }
@@ -194,6 +195,7 @@ long QueltEeGenExprToEeMMExprVisitor::fileCriterion(const QueltEeModelDico& dict
         }
     }
     m_pBelongings->handOver(own);
+    // Kept until it is filed: where a second visit's result is not heeded, what was refused must not be lost.
     auto* const criteria =
         m_pBelongings->keep(new QueltEeMultiModelExpression::ModelCriteria(&inherited, &own));
     const long result = makeTarget().setModelCriteria(dictionary, criteria);

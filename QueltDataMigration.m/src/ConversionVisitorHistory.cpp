@@ -78,7 +78,7 @@ long QueltEeGenExprToEeMMExprVisitor::convertHistory(QueltEeAndOp& node) {
         s_trace.inform("Deleting the pAndOp that was not deleted so far");
         m_p_EV_ChildNodeRef = nullptr; // it is the group's
         createdAnd->removeChildren();
-        m_pBelongings->removeGroup(*createdAnd);
+        m_pBelongings->destroyGroup(*createdAnd);
     }
     return result < 0 ? s_trace.fail("ERROR : analyzePureEVPart Failed", result) : result;
 }
@@ -101,9 +101,9 @@ void QueltEeGenExprToEeMMExprVisitor::joinForAnd(QueltEeNodeRef* previousEV, Que
     } else {
         s_trace.writeMessage("Creating a new AND to join 2 EV sons of And");
         joined = created = &m_pBelongings->makeGroup(true);
-        joined->addChild(*previousEV->getNode());
+        m_pBelongings->join(*joined, *previousEV->getNode());
     }
-    joined->addChild(*produced->getNode());
+    m_pBelongings->join(*joined, *produced->getNode());
     m_p_EV_ChildNodeRef = joined->getNodeRef();
 }
 
@@ -143,8 +143,8 @@ void QueltEeGenExprToEeMMExprVisitor::joinForOr(QueltEeNodeRef* previousEV) {
     // What a child produces counts only when an earlier part is there to be joined with.
     if (previousEV != nullptr && m_p_EV_ChildNodeRef != nullptr && m_p_EV_ChildNodeRef != previousEV) {
         QueltEeGroupOp& joined = m_pBelongings->makeGroup(false);
-        joined.addChild(*previousEV->getNode());
-        joined.addChild(*m_p_EV_ChildNodeRef->getNode());
+        m_pBelongings->join(joined, *previousEV->getNode());
+        m_pBelongings->join(joined, *m_p_EV_ChildNodeRef->getNode());
         previousEV = joined.getNodeRef();
     }
     m_p_EV_ChildNodeRef = previousEV;

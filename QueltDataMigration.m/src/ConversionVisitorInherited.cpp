@@ -185,7 +185,7 @@ long QueltEeGenExprToEeMMExprVisitor::generateInheritedNodeRefForDico(const Quel
     if (only == nullptr) {
         return s_trace.fail("ERROR : unexpected failed cast");
     }
-    m_pBelongings->remove(leavesRef);
+    m_pBelongings->destroy(leavesRef);
     result = only;
     return S_OK;
 }

@@ -69,7 +69,7 @@ long QueltEeGenExprToEeMMExprVisitor::collect(QueltEeVarEffLeaf& leaf) {
             "calling myself.");
     }
     QueltEeGroupOp& extensible = m_pBelongings->makeExtensible(*group);
-    extensible.addChild(leaf);
+    m_pBelongings->join(extensible, leaf);
     m_p_EV_ChildNodeRef = extensible.getNodeRef();
     return S_OK;
 }
@@ -115,7 +115,7 @@ long QueltEeGenExprToEeMMExprVisitor::fileFeature(QueltEeVarEffLeaf& leaf, const
         if (dictionary == nullptr) {
             return s_trace.fail("ERROR : unexpected");
         }
-        QueltEeNodeRef* const clone = leaf.clone();
+        QueltEeNodeRef* const clone = m_pBelongings->keep(leaf.clone());
         if (clone == nullptr) {
             return s_trace.fail("ERROR : clone failed.");
         }
@@ -147,7 +147,7 @@ long QueltEeGenExprToEeMMExprVisitor::convertSerial(QueltEeVarEffLeaf& leaf, Que
         return result;
     }
     makeTarget();
-    return fileCriterion(*holder, leaf.clone());
+    return fileCriterion(*holder, m_pBelongings->keep(leaf.clone()));
 }
 
 long QueltEeGenExprToEeMMExprVisitor::convertTreeSeries(QueltEeVarEffLeaf& leaf,
@@ -162,7 +162,7 @@ long QueltEeGenExprToEeMMExprVisitor::convertTreeSeries(QueltEeVarEffLeaf& leaf,
         return s_trace.fail("ERROR : unexpected");
     }
     makeTarget();
-    return fileCriterion(*holder, leaf.clone());
+    return fileCriterion(*holder, m_pBelongings->keep(leaf.clone()));
 }
 
 long QueltEeGenExprToEeMMExprVisitor::convertDate(QueltEeVarEffLeaf& leaf) {

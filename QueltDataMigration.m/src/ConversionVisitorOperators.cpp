@@ -158,12 +158,12 @@ long QueltEeGenExprToEeMMExprVisitor::takeInheritedOut(QueltEeAndOp& node, Taken
             if (result < 0) {
                 return s_trace.fail("ERROR : exploreNodeRefToFindAllBasicEffs failed", result);
             }
+            m_pInhEffChildNodeRef = child;
+            m_inhEffChildIndex = index;
             result = node.getChildren().Remove(index - taken.size());
             if (result < 0) {
                 return s_trace.fail("ERROR, Remove Child inh eff from list children failed", result);
             }
-            m_pInhEffChildNodeRef = child;
-            m_inhEffChildIndex = index;
             taken.push_back({child, index});
         }
         ++index;

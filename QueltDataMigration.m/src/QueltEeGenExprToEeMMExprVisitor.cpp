@@ -87,10 +87,10 @@ long QueltEeGenExprToEeMMExprVisitor::convertConstant(Constant& node, const char
     }
     QueltEeMultiModelExpression* expression = nullptr;
     if (isChange) {
-        m_pBelongings->keep(m_pChangeExpression);
+        m_pBelongings->keepUnfiled(m_pChangeExpression);
         expression = m_pChangeExpression = new QueltEeChangeExpression;
     } else {
-        m_pBelongings->keep(m_pTrueFalseExpression);
+        m_pBelongings->keepUnfiled(m_pTrueFalseExpression);
         expression = m_pTrueFalseExpression = new QueltEeEffectivityExpression;
     }
     const long result = expression->setGlobalCriteria(node.clone());
@@ -159,7 +159,7 @@ long QueltEeGenExprToEeMMExprVisitor::takeEvolutionVariant(QueltEeNode& node) {
 }
 
 long QueltEeGenExprToEeMMExprVisitor::refuseChangeInChange() {
-    delete std::exchange(m_pChangeExpression, nullptr);
+    m_pBelongings->destroyUnfiled(std::exchange(m_pChangeExpression, nullptr));
     delete std::exchange(m_pMDSet, nullptr);
     return s_trace.fail("ERROR : a Change Expression should not contain another change.");
 }
@@ -201,7 +201,7 @@ long fileUnder(unsigned int domain, const QueltEeMultiModelExpression& expressio
     if (result < 0) {
         return s_trace.fail("ERROR : Put in map FAILED.", result);
     }
-    belongings.handOver(&expression);
+    belongings.noteFiled(expression);
     return result;
 }
 
@@ -222,8 +222,7 @@ long QueltEeGenExprToEeMMExprVisitor::generateMapDomainIDToEeExpr(QueltInMap*& o
         if (result >= 0) { // what has come of an effectivity is not filed
             for (QueltEeEffectivityExpression* const ignored :
                  {m_pEVExpression, m_pHistoryExpression, m_pTrueFalseExpression}) {
-                m_pBelongings->handOver(ignored);
-                m_pBelongings->keep(ignored);
+                m_pBelongings->keepUnfiled(ignored);
             }
         }
         return result;

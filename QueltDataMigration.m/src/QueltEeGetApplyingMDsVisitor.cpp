@@ -91,7 +91,7 @@ unsigned char QueltEeGetApplyingMDsVisitor::succeeded() {
     if (m_bErrorOccurred == 0) {
         return 1;
     }
-    if (m_bSetsGivenAway == 0) {
+    if (m_bSetsGivenAway == 0) { // sets that were given away are their owner's
         deleteSets();
     }
     return 0;

@@ -65,8 +65,8 @@ long QueltDnf::addLiteral(QueltEeNodeRef* literal) {
     if (m_literals >= s_maxLiterals || size > s_maxValues - m_values) {
         return E_OUTOFMEMORY;
     }
-    m_conjunctions.back().reserve(m_conjunctions.back().size() + 1);
-    m_conjunctions.back().push_back(literal->takeFor(nullptr));
+    m_conjunctions.back().push_back(literal);
+    static_cast<void>(literal->takeFor(nullptr)); // it stands alone, so that is the reference itself
     ++m_literals;
     m_values += size;
     return S_OK;

@@ -4,6 +4,7 @@
 #include "infrastructure/QueltInResult.h"
 
 #include <algorithm>
+#include <map>
 #include <numeric>
 #include <unordered_map>
 #include <utility>
@@ -15,7 +16,7 @@ namespace {
 /// What making one form may use up: literals copied, and conjunctions compared with another one. A fraction
 /// of a second each.
 constexpr std::int64_t s_maxWork = 50'000'000;
-constexpr std::int64_t s_maxComparisons = 300'000'000;
+constexpr std::int64_t s_maxComparisons = 100'000'000;
 /// How much larger than a form may be what it is reduced from.
 constexpr std::size_t s_excess = 4;
 
@@ -144,11 +145,57 @@ long DnfCalculator::spend(std::size_t work) noexcept {
 }
 
 long DnfCalculator::reduce(DnfForm& form) {
+    const long result = joinSingles(form);
+    if (result < 0) {
+        return result;
+    }
     absorb(form);
     const std::size_t count = form.conjunctions.size();
     const bool fits =
         count <= QueltDnf::s_maxConjunctions && form.weight() - count <= QueltDnf::s_maxLiterals;
     return fits ? S_OK : E_OUTOFMEMORY;
+}
+
+/// The first of the conjunctions that are joined takes the others in.
+long DnfCalculator::joinSingles(DnfForm& form) {
+    std::map<std::uint32_t, std::vector<DnfConjunction*>> bySlot;
+    for (DnfConjunction& conjunction : form.conjunctions) {
+        if (conjunction.literals().size() == 1) {
+            bySlot[conjunction.literals().front().slot].push_back(&conjunction);
+        }
+    }
+    bool isTrue = false;
+    for (auto& [slot, ofOneSlot] : bySlot) {
+        const long result = joinPairwise(ofOneSlot, isTrue);
+        if (result < 0) {
+            return result;
+        }
+    }
+    if (isTrue) {
+        form.conjunctions.assign(1, DnfConjunction());
+    }
+    return S_OK;
+}
+
+/// Afterwards all say the same as the first one, so that absorbing leaves that one.
+long DnfCalculator::joinPairwise(std::vector<DnfConjunction*>& ofOneSlot, bool& isTrue) {
+    std::optional<DnfLiteral> either;
+    for (std::size_t distance = 1; distance < ofOneSlot.size(); distance *= 2) {
+        for (std::size_t at = 0; at + distance < ofOneSlot.size(); at += 2 * distance) {
+            DnfConjunction& first = *ofOneSlot[at];
+            const long result = m_literals.join(first.literals().front(),
+                                                ofOneSlot[at + distance]->literals().front(), either);
+            if (result < 0 || !either) {
+                isTrue = result >= 0;
+                return result;
+            }
+            first = DnfConjunction({*either});
+        }
+    }
+    for (DnfConjunction* const conjunction : ofOneSlot) {
+        *conjunction = *ofOneSlot.front();
+    }
+    return S_OK;
 }
 
 void DnfCalculator::absorb(DnfForm& form) {

@@ -20,7 +20,9 @@ public:
     [[nodiscard]] const std::vector<DnfLiteral>& literals() const noexcept { return m_literals; }
     /// True when whatever satisfies `other` satisfies this one, because all its literals are there.
     [[nodiscard]] bool includes(const DnfConjunction& other) const;
-    friend bool operator==(const DnfConjunction&, const DnfConjunction&) = default;
+    friend bool operator==(const DnfConjunction& left, const DnfConjunction& right) noexcept {
+        return left.m_literals == right.m_literals;
+    }
     /// A number that equal conjunctions share.
     [[nodiscard]] std::uint64_t hash() const noexcept;
 
@@ -57,6 +59,8 @@ private:
     [[nodiscard]] long meetPairwise(std::vector<DnfLiteral>& ofOneSlot, bool& isContradiction);
     [[nodiscard]] long multiply(const DnfConjunction& left, const DnfConjunction& right, DnfForm& product);
     [[nodiscard]] long spend(std::size_t work) noexcept;
+    [[nodiscard]] long joinSingles(DnfForm& form);
+    [[nodiscard]] long joinPairwise(std::vector<DnfConjunction*>& ofOneSlot, bool& isTrue);
     void absorb(DnfForm& form);
 
     DnfLiterals m_literals;

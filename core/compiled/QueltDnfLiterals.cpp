@@ -4,6 +4,7 @@
 #include "expression/QueltEeLeaves.h"
 #include "infrastructure/QueltInResult.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace quelt {
@@ -26,8 +27,10 @@ const void* variableOf(const QueltEeNode& leaf) {
 }
 
 /// Makes `leaf` say what both say; both hold variable effectivities.
-long meetInPlace(QueltEeNodeRef& leaf, const QueltEeNode& other) {
-    return static_cast<QueltEeVarEffLeaf*>(leaf.getNode())->getVarEff()->opAnd(*effectivityOf(other));
+long combineInPlace(QueltEeNodeRef& leaf, const QueltEeNode& other, Joining joining) {
+    QueltEeVarEff& effectivity = *static_cast<QueltEeVarEffLeaf*>(leaf.getNode())->getVarEff();
+    return joining == Joining::all ? effectivity.opAnd(*effectivityOf(other))
+                                   : effectivity.opOr(*effectivityOf(other));
 }
 
 } // namespace
@@ -65,7 +68,8 @@ long DnfLiterals::slotFor(const QueltEeNode& leaf, std::uint32_t& slot) {
             return E_FAIL;
         }
         slot = candidate;
-        if (meetInPlace(*copy, *m_entries[m_slots[candidate].representative].leaf->getNode()) >= 0) {
+        const QueltEeNode& other = *m_entries[m_slots[candidate].representative].leaf->getNode();
+        if (combineInPlace(*copy, other, Joining::all) >= 0) {
             return S_OK;
         }
     }
@@ -82,7 +86,7 @@ long DnfLiterals::enterIn(std::uint32_t slot, OwnedLeaf leaf, DnfLiteral& litera
     const std::string text(leaf->toString().view());
     const auto [found, isNew] =
         m_slots[slot].byText.try_emplace(text, static_cast<std::uint32_t>(m_entries.size()));
-    literal = {slot, found->second};
+    literal = {slot, found->second, m_places++};
     if (!isNew) {
         return S_OK;
     }
@@ -92,25 +96,39 @@ long DnfLiterals::enterIn(std::uint32_t slot, OwnedLeaf leaf, DnfLiteral& litera
 }
 
 long DnfLiterals::meet(const DnfLiteral& left, const DnfLiteral& right, std::optional<DnfLiteral>& both) {
+    const std::uint64_t pair = (std::uint64_t{left.id} << 32U) | right.id;
     if (left == right) {
         both = left;
-        return S_OK;
-    }
-    const std::uint64_t pair = (std::uint64_t{left.id} << 32U) | right.id;
-    if (const auto known = m_meets.find(pair); known != m_meets.end()) {
+    } else if (const auto known = m_meets.find(pair); known != m_meets.end()) {
         both = known->second;
+    } else {
+        const long result = combine(left, right, Joining::all, both);
+        if (result < 0) {
+            return result;
+        }
+        m_meets.emplace(pair, both);
+    }
+    if (both) {
+        both->place = std::min(left.place, right.place);
+    }
+    return S_OK;
+}
+
+long DnfLiterals::join(const DnfLiteral& left, const DnfLiteral& right, std::optional<DnfLiteral>& either) {
+    if (left == right) {
+        either = left;
         return S_OK;
     }
-    const long result = computeMeet(left, right, both);
-    if (result >= 0) {
-        m_meets.emplace(pair, both);
+    const long result = combine(left, right, Joining::atLeastOne, either);
+    if (either) {
+        either->place = std::min(left.place, right.place);
     }
     return result;
 }
 
-long DnfLiterals::computeMeet(const DnfLiteral& left, const DnfLiteral& right,
-                              std::optional<DnfLiteral>& both) {
-    both.reset();
+long DnfLiterals::combine(const DnfLiteral& left, const DnfLiteral& right, Joining joining,
+                          std::optional<DnfLiteral>& combined) {
+    combined.reset();
     const QueltEeVarEff* const one = effectivityOf(leafOf(left));
     const QueltEeVarEff* const other = effectivityOf(leafOf(right));
     if (one == nullptr || other == nullptr) {
@@ -120,20 +138,20 @@ long DnfLiterals::computeMeet(const DnfLiteral& left, const DnfLiteral& right,
     if (leaf == nullptr) {
         return E_FAIL;
     }
-    const long result = meetInPlace(*leaf, leafOf(right));
+    const long result = combineInPlace(*leaf, leafOf(right), joining);
     if (result < 0) {
         return result;
     }
-    const QueltEeVarEff& common = *effectivityOf(*leaf->getNode());
-    if (common.isAllFalse() != 0) {
+    const QueltEeVarEff& made = *effectivityOf(*leaf->getNode());
+    if ((joining == Joining::all ? made.isAllFalse() : made.isAllTrue()) != 0) {
         return S_OK;
     }
-    if (one->equals(common) != 0 || other->equals(common) != 0) {
-        both = one->equals(common) != 0 ? left : right;
+    if (one->equals(made) != 0 || other->equals(made) != 0) {
+        combined = one->equals(made) != 0 ? left : right;
         return S_OK;
     }
-    both.emplace();
-    return enterIn(left.slot, std::move(leaf), *both);
+    combined.emplace();
+    return enterIn(left.slot, std::move(leaf), *combined);
 }
 
 } // namespace quelt

@@ -19,11 +19,19 @@ namespace quelt {
 [[nodiscard]] std::size_t sizeOfLiteral(const QueltEeNode* node);
 
 /// A literal of a normal form that is being made: the slot is what it depends on, the id what it says. Equal
-/// ids have equal slots and mean the same.
+/// ids have equal slots and mean the same. The place is where it stood first in the tree, for the order of
+/// literals in the end; it does not tell literals apart.
 struct DnfLiteral {
     std::uint32_t slot;
     std::uint32_t id;
-    friend auto operator<=>(const DnfLiteral&, const DnfLiteral&) = default;
+    std::uint32_t place;
+
+    friend bool operator==(const DnfLiteral& left, const DnfLiteral& right) noexcept {
+        return left.id == right.id;
+    }
+    friend std::strong_ordering operator<=>(const DnfLiteral& left, const DnfLiteral& right) noexcept {
+        return left.slot != right.slot ? left.slot <=> right.slot : left.id <=> right.id;
+    }
 };
 
 /// The literals of a normal form that is being made, each kept once.
@@ -32,9 +40,12 @@ public:
     /// Enters a copy of the leaf. E_FAIL when it gives none, E_OUTOFMEMORY when there would be too much of
     /// them.
     [[nodiscard]] long enter(const QueltEeNode& leaf, DnfLiteral& literal);
-    /// What two literals of one slot say together: one literal, or, when they contradict each other, nothing.
-    /// Failures as above.
+    /// What two literals of one slot say when both hold: one literal, or, when they contradict each other,
+    /// nothing. Failures as above.
     [[nodiscard]] long meet(const DnfLiteral& left, const DnfLiteral& right, std::optional<DnfLiteral>& both);
+    /// What they say when one of them is enough: one literal, or, when that is always so, nothing.
+    [[nodiscard]] long join(const DnfLiteral& left, const DnfLiteral& right,
+                            std::optional<DnfLiteral>& either);
     /// The leaf that says it.
     [[nodiscard]] const QueltEeNode& leafOf(const DnfLiteral& literal) const {
         return *m_entries[literal.id].leaf->getNode();
@@ -57,8 +68,8 @@ private:
 
     [[nodiscard]] long slotFor(const QueltEeNode& leaf, std::uint32_t& slot);
     [[nodiscard]] long enterIn(std::uint32_t slot, OwnedLeaf leaf, DnfLiteral& literal);
-    [[nodiscard]] long computeMeet(const DnfLiteral& left, const DnfLiteral& right,
-                                   std::optional<DnfLiteral>& both);
+    [[nodiscard]] long combine(const DnfLiteral& left, const DnfLiteral& right, Joining joining,
+                               std::optional<DnfLiteral>& combined);
 
     struct KeyHash {
         std::size_t operator()(const CriterionKey& key) const noexcept { return key.hash(); }
@@ -68,6 +79,7 @@ private:
     std::unordered_map<CriterionKey, std::vector<std::uint32_t>, KeyHash> m_slotsOf;
     std::unordered_map<std::uint64_t, std::optional<DnfLiteral>> m_meets;
     std::size_t m_values = 0;
+    std::uint32_t m_places = 0;
 };
 
 } // namespace quelt

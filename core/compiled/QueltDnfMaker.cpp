@@ -8,6 +8,7 @@
 #include "infrastructure/QueltInMemory.h"
 #include "infrastructure/QueltInResult.h"
 
+#include <algorithm>
 #include <iterator>
 #include <memory>
 #include <unordered_map>
@@ -231,9 +232,11 @@ long addLiteral(QueltDnf& dnf, const QueltEeNode& leaf) {
 
 long fill(QueltDnf& dnf, const DnfForm& form, const DnfLiterals& literals) {
     for (const DnfConjunction& conjunction : form.conjunctions) {
+        std::vector<DnfLiteral> inOrder = conjunction.literals();
+        std::ranges::sort(inOrder, {}, &DnfLiteral::place);
         long result = dnf.addConjunction();
-        for (std::size_t at = 0; result >= 0 && at < conjunction.literals().size(); ++at) {
-            result = addLiteral(dnf, literals.leafOf(conjunction.literals()[at]));
+        for (std::size_t at = 0; result >= 0 && at < inOrder.size(); ++at) {
+            result = addLiteral(dnf, literals.leafOf(inOrder[at]));
         }
         if (result < 0) {
             return result;

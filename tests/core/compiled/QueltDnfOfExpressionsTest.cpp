@@ -157,6 +157,9 @@ TEST(Develop, KeepsTheMeaningOfEveryPart) {
         ASSERT_EQ(result, before != textOf(expression) ? 1 : S_OK);
         changed += result == 1 ? 1 : 0;
         ASSERT_EQ(partsOf(expression), parts);
+        const std::string developed = textOf(expression);
+        ASSERT_EQ(expression.develop(), S_OK);
+        ASSERT_EQ(textOf(expression), developed);
         std::size_t at = 0;
         for (const QueltEeNodeRef* const part : parts) {
             ASSERT_TRUE(isDeveloped(*part->getNode()));

@@ -66,7 +66,7 @@ void expectWellFormed(const QueltDnf& dnf) {
             ASSERT_TRUE(literal->ownsNode());
             ASSERT_NE(dynamic_cast<const QueltEeNodeElementaryLeaf*>(literal->getNode()), nullptr);
             ASSERT_TRUE(criteria.insert(criterionOf(*literal->getNode())).second) << textOf(dnf);
-            texts.insert(textOf(*literal));
+            texts.insert(criterionOf(*literal->getNode()) + ": " + textOf(*literal));
         }
         std::string all;
         for (const std::string& text : texts) {
@@ -244,6 +244,15 @@ TEST(QueltDnfMake, MakesTheForm) {
     // What another conjunction includes is left out.
     EXPECT_EQ(dnfText(allOf(anyOf(change(), sport()), anyOf(change(), base()))),
               "OR(eff(ECO-1), AND(Package in {Sport}, eff(EFF-7)))");
+    // Conjunctions of one literal on one criterion are one; together they may be everything.
+    EXPECT_EQ(dnfText(allOf(anyOf(v6(), change()), anyOf(v6(), allOf(leafOf(c.engineIn({"V8"})), change())))),
+              "OR(Engine in {V6}, AND(Engine in {V8}, eff(ECO-1)))");
+    EXPECT_EQ(dnfText(anyOf(allOf(v6(), anyOf(v68(), sport())),
+                            allOf(leafOf(c.engineIn({"V12"})), anyOf(v812(), sport())))),
+              "Engine in {V6, V12}");
+    EXPECT_EQ(
+        dnfText(anyOf(allOf(v6(), anyOf(v68(), sport())), allOf(notOf(v6()), anyOf(notOf(v6()), sport())))),
+        "TRUE");
     EXPECT_EQ(dnfText(notOf<QueltEeNotDomainOp>(anyOf(v6(), allOf(sport(), change())))),
               "OR(AND(not (Engine in {V6}), not (Package in {Sport})), AND(not (Engine in {V6}), not "
               "(eff(ECO-1))))");
@@ -319,7 +328,7 @@ TEST(QueltDnfMake, MakesFormsUpToItsLimits) {
 }
 
 TEST(QueltDnfMake, GivesUpQuicklyWhereTheFormWouldExplode) {
-    for (const std::size_t pairs : {14U, 15U, 16U, 20U, 40U, 64U, 1000U}) {
+    for (const std::size_t pairs : {14U, 15U, 20U, 64U, 1000U}) {
         const Changes changes(2 * pairs);
         const OwnedReference tree = changes.pairs(pairs);
         EXPECT_LT(secondsOf([&] { EXPECT_EQ(refusal(*tree->getNode()), E_OUTOFMEMORY); }), 20.0);

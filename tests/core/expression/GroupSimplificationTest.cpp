@@ -144,8 +144,8 @@ struct Tried {
     int notDone = 0;
     void count(bool isDone) { ++(isDone ? done : notDone); }
     ~Tried() {
-        EXPECT_GT(done, s_rounds / 20);
-        EXPECT_GT(notDone, s_rounds / 20);
+        EXPECT_GT(done, s_rounds / 50);
+        EXPECT_GT(notDone, s_rounds / 50);
     }
 };
 

@@ -21,7 +21,9 @@ std::string manyRecords(int count) {
         const std::string id = R"({"id":")" + std::to_string(number) + R"(",)";
         switch (number % 5) {
         case 0:
-            text += id + R"("tree":true})";
+            text += id + (number % 2 == 0
+                              ? R"("tree":true})"
+                              : R"("tree":{"and":[{"eff":"EFF-7"},{"option":"Engine","in":["V6"]}]}})");
             break;
         case 1:
             text +=
