@@ -65,6 +65,7 @@ struct Rewritten {
 class DraftChildren {
 public:
     static constexpr std::uint32_t s_none = 0xFFFFFFFFU;
+    /// A child with the number of the one behind it.
     struct Child {
         Rewritten what; // no constant
         std::uint32_t next = s_none;
