@@ -49,8 +49,9 @@ public:
     [[nodiscard]] long conjoin(std::vector<DnfLiteral> literals, std::optional<DnfConjunction>& conjunction);
     /// Replaces `form` by the conjunction of both. E_OUTOFMEMORY when that takes too much.
     [[nodiscard]] long multiply(DnfForm& form, const DnfForm& factor);
-    /// Takes conjunctions out that others include; all the same ones, of the rest as many as can be found in
-    /// the time that is left for it. E_OUTOFMEMORY when too much is left.
+    /// Makes one of those conjunctions that are a single literal on the same criterion, and takes
+    /// conjunctions out that others include: all the same ones, of the rest as many as can be found in the
+    /// time that is left for it. E_OUTOFMEMORY when too much is left; other failures as DnfLiterals::join.
     [[nodiscard]] long reduce(DnfForm& form);
 
     [[nodiscard]] DnfLiterals& literals() noexcept { return m_literals; }

@@ -205,6 +205,18 @@ std::size_t sizeOf(const QueltEeVarEff& effectivity) {
     return std::max<std::size_t>(size, 1);
 }
 
+std::optional<bool> constantOf(QueltEeVarEff& effectivity, bool isInDomain) {
+    if (isInDomain) {
+        effectivity.opNotDom();
+    }
+    const bool isTrue = effectivity.isAllTrue() != 0;
+    const bool isFalse = !isTrue && effectivity.isAllFalse() != 0;
+    if (isInDomain) {
+        effectivity.opNotDom();
+    }
+    return isTrue || isFalse ? std::optional(isTrue != isInDomain) : std::nullopt;
+}
+
 std::vector<bool> joinEffectivities(std::span<QueltEeVarEff*> effectivities, Joining joining,
                                     JoiningBudget& budget) {
     return EffectivityJoin(effectivities, joining, budget).run();

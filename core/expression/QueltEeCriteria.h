@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <unordered_map>
 #include <vector>
@@ -64,6 +65,11 @@ private:
 
 /// How many intervals, values or bounds the effectivity is made of; at least 1.
 [[nodiscard]] std::size_t sizeOf(const QueltEeVarEff& effectivity);
+
+/// The constant that the effectivity is equivalent to, if it is, where it stands in a tree: below a
+/// NOT-domain (isInDomain) it is the constant whose opposite in the domain is equivalent to the
+/// effectivity's.
+[[nodiscard]] std::optional<bool> constantOf(QueltEeVarEff& effectivity, bool isInDomain);
 
 /// What combining criteria may still cost, in values looked at. Where long effectivities are combined again
 /// and again, a limit keeps the cost in proportion; criteria stay apart then.

@@ -244,9 +244,9 @@ TEST(QueltDnfMake, MakesTheForm) {
     // What another conjunction includes is left out.
     EXPECT_EQ(dnfText(allOf(anyOf(change(), sport()), anyOf(change(), base()))),
               "OR(eff(ECO-1), AND(Package in {Sport}, eff(EFF-7)))");
-    // Conjunctions of one literal on one criterion are one; together they may be everything.
     EXPECT_EQ(dnfText(allOf(anyOf(v6(), change()), anyOf(v6(), allOf(leafOf(c.engineIn({"V8"})), change())))),
-              "OR(Engine in {V6}, AND(Engine in {V8}, eff(ECO-1)))");
+              "OR(Engine in {V6}, AND(eff(ECO-1), Engine in {V8}))");
+    // Conjunctions of one literal on one criterion are one; together they may be everything.
     EXPECT_EQ(dnfText(anyOf(allOf(v6(), anyOf(v68(), sport())),
                             allOf(leafOf(c.engineIn({"V12"})), anyOf(v812(), sport())))),
               "Engine in {V6, V12}");
