@@ -13,7 +13,7 @@ void QueltEeGenExprToEeMMExprVisitor::addPendingHistoryTo(QueltEeGroupOp& dates)
         return;
     }
     m_pBelongings->handOver(m_p_History_ChildNodeRef);
-    dates.addChild(*m_p_History_ChildNodeRef->getNode());
+    dates.getChildren().PutBack(*m_p_History_ChildNodeRef);
     m_p_History_ChildNodeRef = nullptr;
 }
 

@@ -35,8 +35,8 @@ void turnInDomain(const std::vector<QueltEeVarEff*>& effectivities, bool isInDom
 DraftRewriter::DraftRewriter(const QueltEeNodeRef& root, std::size_t size)
     : m_root(root), m_budget(s_leastBudget + s_budgetPerNode * static_cast<JoiningBudget>(size)) {}
 
-DraftRewriter::~DraftRewriter() {
-    for (QueltEeNodeRef* const husk : m_husks) {
+void DraftRewriter::deleteLeftOver() {
+    for (QueltEeNodeRef* const husk : std::exchange(m_husks, {})) {
         delete husk;
     }
 }

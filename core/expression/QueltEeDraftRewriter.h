@@ -14,8 +14,7 @@ namespace quelt {
 ///
 /// Nodes stay where they are as long as nothing changes around them. Where something does, the group is
 /// emptied and made anew from its rewritten children, so that each reference is moved a limited number of
-/// times whatever the shape of the tree. What the new tree does not need is deleted with the rewriter, when
-/// nothing holds it any more.
+/// times whatever the shape of the tree.
 ///
 /// Below a NOT-domain that stays where it is (see FixedNodes) leaves are combined "in the domain": what is
 /// exact for them is what is exact for their opposites in the domain, with AND and OR exchanged.
@@ -23,7 +22,6 @@ class DraftRewriter {
 public:
     /// For the tree at `root`, which is never left over, of this size (see FixedNodes::size).
     DraftRewriter(const QueltEeNodeRef& root, std::size_t size);
-    ~DraftRewriter();
     DraftRewriter(const DraftRewriter&) = delete;
     DraftRewriter& operator=(const DraftRewriter&) = delete;
 
@@ -39,6 +37,9 @@ public:
     [[nodiscard]] QueltEeNodeRef* materialize(Rewritten& rewritten);
     /// Notes a reference that the new tree does not need.
     void leaveOver(QueltEeNodeRef& reference);
+    /// Deletes what is left over, once the new tree stands in its place and nothing holds those references
+    /// any more.
+    void deleteLeftOver();
     /// Notes that something has changed.
     void noteChange() noexcept { m_changed = true; }
     /// True once something has changed.

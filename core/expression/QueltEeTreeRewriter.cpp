@@ -14,8 +14,6 @@ QueltEeNodeRef* asReference(QueltInObject* child) {
     return static_cast<QueltEeNodeRef*>(child); // lists of children accept nothing else
 }
 
-} // namespace
-
 /// Rewrites one tree: goes down to the leaves with negations, and comes back with what each part has come to.
 class TreeRewriter {
 public:
@@ -31,6 +29,7 @@ public:
             goOn();
         }
         putInPlace(takeResult());
+        m_drafts.deleteLeftOver();
         return m_drafts.isChanged();
     }
 
@@ -183,6 +182,8 @@ private:
     std::vector<Level> m_levels;
     std::optional<Rewritten> m_result;
 };
+
+} // namespace
 
 bool simplifyTree(QueltEeNodeRef& root) {
     return root.getNode() != nullptr && root.ownsNode() && TreeRewriter(root).run();
