@@ -175,6 +175,7 @@ void DraftRewriter::joinEffLeaves(GroupDraft& draft, const std::vector<std::uint
 void DraftRewriter::joinVarEffs(GroupDraft& draft, const std::vector<std::uint32_t>& numbers,
                                 bool isInDomain) {
     std::vector<QueltEeVarEff*> effectivities;
+    effectivities.reserve(numbers.size());
     for (const std::uint32_t number : numbers) {
         effectivities.push_back(static_cast<const QueltEeVarEffLeaf*>(&nodeOf(number))->getVarEff());
     }

@@ -51,6 +51,7 @@ private:
     void joinCriteria() {
         m_index.joinNew([this](const std::vector<std::uint32_t>& numbers) {
             std::vector<QueltEeVarEff*> effectivities;
+            effectivities.reserve(numbers.size());
             for (const std::uint32_t number : numbers) {
                 effectivities.push_back(m_criteria[number].get());
             }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "expression/QueltEeCriteria.h"
+#include "expression/QueltEeNegations.h"
 #include "expression/QueltEeOperators.h"
 
 #include <cstdint>
@@ -10,22 +11,6 @@
 namespace quelt {
 
 struct GroupDraft;
-
-/// NOT and NOT-domain above something; they commute, and twice the same is nothing.
-struct Negations {
-    bool negated = false;
-    bool domainNegated = false;
-
-    friend bool operator==(const Negations&, const Negations&) = default;
-    /// Both together.
-    [[nodiscard]] Negations with(const Negations& other) const noexcept {
-        return {negated != other.negated, domainNegated != other.domainNegated};
-    }
-    /// True when a constant, and the kind of a group, change into the other one.
-    [[nodiscard]] bool turnRound() const noexcept { return negated != domainNegated; }
-    /// How many there are.
-    [[nodiscard]] int count() const noexcept { return (negated ? 1 : 0) + (domainNegated ? 1 : 0); }
-};
 
 /// Single operators, one above the other, down to something else.
 struct NegationChain {

@@ -5,6 +5,7 @@
 #include "effectivity/QueltEeSerialEff.h"
 #include "effectivity/QueltEeTreeSeriesEff.h"
 #include "expression/QueltEeLeaves.h"
+#include "expression/QueltEeNegations.h"
 #include "expression/QueltEeOperators.h"
 #include "expression/QueltEeTreeWalk.h"
 #include "infrastructure/QueltInResult.h"
@@ -17,17 +18,6 @@
 namespace quelt {
 
 namespace {
-
-/// What the operators above a node do to it: turn it round, and turn its leaves round within their domains.
-/// Both are handed down to the leaves, where they come to an exclusive or each.
-struct Sense {
-    bool negated = false;
-    bool domainNegated = false;
-
-    friend bool operator==(const Sense&, const Sense&) = default;
-    /// True when a constant, and the kind of a group, change into the other one.
-    [[nodiscard]] bool turnsRound() const noexcept { return negated != domainNegated; }
-};
 
 /// What an effectivity says of the configuration's value; nothing when there is no value.
 using Membership = std::optional<bool>;
@@ -68,49 +58,50 @@ Membership membership(const QueltEeDateEff& effectivity, const QueltEeConfigurat
 
 /// True, with `holds` set, when `effectivity` is of class `Effectivity`.
 template <class Effectivity>
-bool evaluateAs(const QueltEeVarEff& effectivity, const QueltEeConfiguration& configuration, Sense sense,
-                bool& holds) {
+bool evaluateAs(const QueltEeVarEff& effectivity, const QueltEeConfiguration& configuration,
+                Negations negations, bool& holds) {
     const Effectivity* const known = Effectivity::cast(&effectivity);
     if (known == nullptr) {
         return false;
     }
     const Membership member = membership(*known, configuration);
-    holds = (member ? *member != sense.domainNegated : effectivity.isNoVarIncluded() != 0) != sense.negated;
+    holds = (member ? *member != negations.domainNegated : effectivity.isNoVarIncluded() != 0) !=
+            negations.negated;
     return true;
 }
 
-long evaluateVarEff(const QueltEeVarEff& effectivity, const QueltEeConfiguration& configuration, Sense sense,
-                    bool& holds) {
-    const bool isKnown = evaluateAs<QueltEeNamedValueEff>(effectivity, configuration, sense, holds) ||
-                         evaluateAs<QueltEeSerialEff>(effectivity, configuration, sense, holds) ||
-                         evaluateAs<QueltEeTreeSeriesEff>(effectivity, configuration, sense, holds) ||
-                         evaluateAs<QueltEeDateEff>(effectivity, configuration, sense, holds);
+long evaluateVarEff(const QueltEeVarEff& effectivity, const QueltEeConfiguration& configuration,
+                    Negations negations, bool& holds) {
+    const bool isKnown = evaluateAs<QueltEeNamedValueEff>(effectivity, configuration, negations, holds) ||
+                         evaluateAs<QueltEeSerialEff>(effectivity, configuration, negations, holds) ||
+                         evaluateAs<QueltEeTreeSeriesEff>(effectivity, configuration, negations, holds) ||
+                         evaluateAs<QueltEeDateEff>(effectivity, configuration, negations, holds);
     return isKnown ? S_OK : E_INVALIDARG;
 }
 
-long evaluateEffLeaf(const QueltEeEffLeaf& leaf, const QueltEeConfiguration& configuration, Sense sense,
-                     bool& holds) {
+long evaluateEffLeaf(const QueltEeEffLeaf& leaf, const QueltEeConfiguration& configuration,
+                     Negations negations, bool& holds) {
     const QueltEeEffectivity* const effectivity = leaf.getTargetEff();
     if (effectivity == nullptr) {
         return E_INVALIDARG;
     }
-    holds = (configuration.holds(effectivity->getGuid()) != (leaf.isNegated() != 0)) != sense.turnsRound();
+    holds = (configuration.holds(effectivity->getGuid()) != (leaf.isNegated() != 0)) != negations.turnRound();
     return S_OK;
 }
 
-long evaluateLeaf(const QueltEeNode& node, const QueltEeConfiguration& configuration, Sense sense,
+long evaluateLeaf(const QueltEeNode& node, const QueltEeConfiguration& configuration, Negations negations,
                   bool& holds) {
     if (const QueltEeVarEffLeaf* const leaf = QueltEeVarEffLeaf::cast(&node)) {
         const QueltEeVarEff* const effectivity = leaf->getVarEff();
-        return effectivity != nullptr ? evaluateVarEff(*effectivity, configuration, sense, holds)
+        return effectivity != nullptr ? evaluateVarEff(*effectivity, configuration, negations, holds)
                                       : E_INVALIDARG;
     }
     if (const QueltEeEffLeaf* const leaf = QueltEeEffLeaf::cast(&node)) {
-        return evaluateEffLeaf(*leaf, configuration, sense, holds);
+        return evaluateEffLeaf(*leaf, configuration, negations, holds);
     }
     const bool isTrue = QueltEeTrue::isObjectOfThisType(node) != 0;
     if (isTrue || QueltEeFalse::isObjectOfThisType(node) != 0) {
-        holds = isTrue != sense.turnsRound();
+        holds = isTrue != negations.turnRound();
         return S_OK;
     }
     return QueltEeRestrictionEffLeaf::isObjectOfThisType(node) != 0 ? E_UNEXPECTED : E_INVALIDARG;
@@ -138,7 +129,7 @@ private:
         const QueltEeNode* node;
         NodeChildren children;
         std::uint32_t next;
-        Sense sense;
+        Negations negations;
     };
     struct Known {
         const QueltEeNode* node;
@@ -152,19 +143,19 @@ private:
     };
 
     /// Comes to a node: either m_value says what it is worth, or its level has been opened.
-    long descend(const QueltEeNode& node, Sense sense) {
+    long descend(const QueltEeNode& node, Negations negations) {
         const NodeChildren children(node);
         if (!children.isOperator()) {
-            return evaluateLeaf(node, m_configuration, sense, m_value);
+            return evaluateLeaf(node, m_configuration, negations, m_value);
         }
         if (node.hasAliases()) {
-            const auto known = m_known.find({&node, sense.domainNegated});
+            const auto known = m_known.find({&node, negations.domainNegated});
             if (known != m_known.end()) {
-                m_value = known->second != sense.negated;
+                m_value = known->second != negations.negated;
                 return S_OK;
             }
         }
-        m_levels.push_back({&node, children, 0, sense});
+        m_levels.push_back({&node, children, 0, negations});
         return S_OK;
     }
 
@@ -172,12 +163,12 @@ private:
     long goOn() {
         Level& level = m_levels.back();
         const QueltEeGroupOp* const group = level.children.group();
-        const bool isAnd = group != nullptr && group->isAnd() != level.sense.turnsRound();
+        const bool isAnd = group != nullptr && group->isAnd() != level.negations.turnRound();
         const bool isDecided = level.next > 0 && (group == nullptr || m_value != isAnd);
         const QueltEeNodeRef* const reference = isDecided ? nullptr : level.children.at(level.next++);
         if (reference != nullptr) {
             const QueltEeNode* const child = reference->getNode();
-            return child != nullptr ? descend(*child, senseBelow(level)) : E_INVALIDARG;
+            return child != nullptr ? descend(*child, negationsBelow(level)) : E_INVALIDARG;
         }
         if (!isDecided && group == nullptr) {
             return E_INVALIDARG;
@@ -186,21 +177,22 @@ private:
         return S_OK;
     }
 
-    static Sense senseBelow(const Level& level) {
-        Sense sense = level.sense;
+    static Negations negationsBelow(const Level& level) {
+        Negations negations = level.negations;
         if (level.children.single() != nullptr) {
-            bool& flag = QueltEeNotDomainOp::isObjectOfThisType(*level.node) != 0 ? sense.domainNegated
-                                                                                  : sense.negated;
+            bool& flag = QueltEeNotDomainOp::isObjectOfThisType(*level.node) != 0 ? negations.domainNegated
+                                                                                  : negations.negated;
             flag = !flag;
         }
-        return sense;
+        return negations;
     }
 
     void close(bool value) {
         const Level& level = m_levels.back();
         m_value = value;
         if (level.node->hasAliases()) {
-            m_known.emplace(Known{level.node, level.sense.domainNegated}, value != level.sense.negated);
+            m_known.emplace(Known{level.node, level.negations.domainNegated},
+                            value != level.negations.negated);
         }
         m_levels.pop_back();
     }
@@ -219,7 +211,7 @@ long evaluateTree(const QueltEeNode& node, const QueltEeConfiguration& configura
 
 long evaluateVarEff(const QueltEeVarEff& effectivity, const QueltEeConfiguration& configuration,
                     bool& holds) {
-    return evaluateVarEff(effectivity, configuration, Sense(), holds);
+    return evaluateVarEff(effectivity, configuration, Negations(), holds);
 }
 
 } // namespace quelt
