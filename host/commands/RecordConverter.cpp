@@ -15,7 +15,7 @@ std::string describe(const SyntaxRefusal& refusal, bool isUnfinished) {
         text += " at column " + std::to_string(refusal.position()->column);
     }
     text += ": ";
-    text += refusal.what();
+    text += refusal.reason();
     if (isUnfinished) {
         text += " (the input's last line, without a line end)";
     }
@@ -44,7 +44,7 @@ void RecordConverter::convert(const Line& line, PaddedText text, TextBuffer& ans
     } catch (const SyntaxRefusal& refusal) {
         refuse(refusal.id(), describe(refusal, line.isUnfinished));
     } catch (const Refusal& refusal) {
-        refuse(id, refusal.what());
+        refuse(id, refusal.reason());
     }
     answers.Put('\n');
     m_arena.reset();

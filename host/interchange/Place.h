@@ -10,7 +10,13 @@ namespace quelt::host {
 /// Says that an interchange text cannot be used: what is wrong and where, in one sentence without full stop.
 class Refusal : public std::runtime_error {
 public:
-    using std::runtime_error::runtime_error;
+    /// For this reason, which may quote any text, zero characters included.
+    explicit Refusal(const std::string& reason) : std::runtime_error(reason), m_reason(reason) {}
+    /// The whole reason; what() ends at the first zero character of it.
+    [[nodiscard]] const std::string& reason() const noexcept { return m_reason; }
+
+private:
+    std::string m_reason;
 };
 
 /// Where a value stands in a JSON document, as a chain of places on the stack of whoever reads it: a place

@@ -97,6 +97,11 @@ TEST_F(RecordConverterTest, answersMalformedLinesWithTheirNumber) {
     EXPECT_EQ(counts.failed, 0U);
 }
 
+TEST_F(RecordConverterTest, quotesZeroCharactersWhole) {
+    const std::string text = answer(R"({"id": "P-1", "ls\u0000t": []})");
+    EXPECT_NE(text.find(R"(unknown key 'ls\u0000t' at /ls\u0000t"})"), std::string::npos) << text;
+}
+
 TEST_F(RecordConverterTest, firstErrorIsTheReasonOfAFailure) {
     RecordConverter converter(*context, {});
     TextBuffer answers;
