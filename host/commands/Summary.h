@@ -7,7 +7,7 @@
 namespace quelt::host {
 
 /// So many reasons for failures are named one by one.
-inline constexpr std::size_t s_maxReasonsShown = 10;
+inline constexpr std::size_t s_maxReasonsShown = 64;
 
 /// Writes what became of the records of a run that took `seconds`.
 void writeSummary(std::ostream& out, const Counts& counts, const FailureTally& failures, double seconds,

@@ -39,14 +39,15 @@ TEST(SummaryTest, nothingToDoIsSaidToo) {
 }
 
 TEST(SummaryTest, manyReasonsAreCutShort) {
+    constexpr std::size_t reasons = s_maxReasonsShown + 2;
     FailureTally failures;
-    for (int reason = 0; reason < 12; ++reason) {
-        for (int count = 0; count <= reason; ++count) {
+    for (std::size_t reason = 0; reason < reasons; ++reason) {
+        for (std::size_t count = 0; count <= reason; ++count) {
             failures.add("reason " + std::to_string(reason));
         }
     }
-    const std::string summary = summaryOf({.failed = 78}, failures, 1);
-    EXPECT_NE(summary.find("12  reason 11\n"), std::string::npos) << summary;
+    const std::string summary = summaryOf({.failed = reasons * (reasons + 1) / 2}, failures, 1);
+    EXPECT_NE(summary.find("66  reason 65\n"), std::string::npos) << summary;
     EXPECT_NE(summary.find(" 3  reason 2\n"), std::string::npos) << summary;
     EXPECT_EQ(summary.find("reason 1\n"), std::string::npos) << summary;
     EXPECT_NE(summary.find(" 3  for other reasons\n"), std::string::npos) << summary; // reasons 0 and 1
