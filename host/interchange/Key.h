@@ -88,8 +88,9 @@ inline constexpr std::uint8_t s_none = 0xFF;
 
 /// Tells the keys apart by length, first and middle letter; the factors were searched for.
 constexpr std::uint8_t slotOf(std::string_view name) {
-    return static_cast<std::uint8_t>(name.size() * 13 + static_cast<unsigned char>(name[0]) * 59U +
-                                     static_cast<unsigned char>(name[name.size() / 2]) * 19U);
+    const std::size_t first = static_cast<unsigned char>(name.front());
+    const std::size_t middle = static_cast<unsigned char>(name[name.size() / 2]);
+    return static_cast<std::uint8_t>(name.size() * 13 + first * 59 + middle * 19);
 }
 
 consteval std::array<std::uint8_t, 256> makeSlots() {

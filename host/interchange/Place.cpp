@@ -1,5 +1,6 @@
 #include "interchange/Place.h"
 
+#include <algorithm>
 #include <vector>
 
 namespace quelt::host {
@@ -19,12 +20,13 @@ std::string Place::pointer() const {
     for (const Place* place = this; place->m_pAbove != nullptr; place = place->m_pAbove) {
         way.push_back(place);
     }
+    std::reverse(way.begin(), way.end());
     std::string pointer;
-    for (auto place = way.rbegin(); place != way.rend(); ++place) {
-        if ((*place)->m_index == s_noIndex) {
-            appendPointerToken(pointer, (*place)->m_key);
+    for (const Place* const place : way) {
+        if (place->m_index == s_noIndex) {
+            appendPointerToken(pointer, place->m_key);
         } else {
-            appendPointerToken(pointer, std::to_string((*place)->m_index));
+            appendPointerToken(pointer, std::to_string(place->m_index));
         }
     }
     return pointer;
