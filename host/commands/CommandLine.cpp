@@ -1,10 +1,13 @@
 #include "commands/CommandLine.h"
 
 #include "commands/ConvertCommand.h"
+#include "interchange/Place.h"
 
 #include <algorithm>
+#include <optional>
 #include <ostream>
 #include <sstream>
+#include <string_view>
 #include <utility>
 
 namespace quelt::host {
@@ -20,13 +23,40 @@ constexpr const char* s_footer = R"(Environment:
   QUELT_TRACE                    a file, or stderr: where to write the trace of the libraries
   NO_COLOR                       when set, messages are not coloured)";
 
+ExitStatus refuse(Console& console, std::string_view what) {
+    writeMessage(console, what);
+    console.messages << "Run with --help for more information." << std::endl;
+    return ExitStatus::unusable;
+}
+
+/// Answers what is asked of the parser itself (--help, --version), and refuses what it could not make sense
+/// of.
 ExitStatus answerInstead(const CLI::App& application, const CLI::ParseError& reason, Console& console) {
+    if (reason.get_exit_code() != 0) {
+        return refuse(console, reason.what());
+    }
     std::ostringstream output;
-    std::ostringstream messages;
-    const int code = application.exit(reason, output, messages);
+    application.exit(reason, output, output);
     console.output.write(output.str());
-    console.messages << messages.str() << std::flush;
-    return code == 0 ? ExitStatus::success : ExitStatus::unusable;
+    return ExitStatus::success;
+}
+
+/// What is wrong with the word that should name a command, if anything: the parser itself would only say that
+/// one is missing.
+std::optional<std::string> faultOfFirstWord(const CLI::App& application,
+                                            const std::vector<std::string>& arguments) {
+    if (arguments.empty()) {
+        return "no command given";
+    }
+    const std::string& word = arguments.front();
+    if (word.starts_with('-')) {
+        const bool isKnown = application.get_option_no_throw(word) != nullptr;
+        return isKnown ? std::nullopt : std::optional("unknown option " + inQuotes(word));
+    }
+    const bool isKnown =
+        !application.get_subcommands([&word](const CLI::App* command) { return command->check_name(word); })
+             .empty();
+    return isKnown ? std::nullopt : std::optional("unknown command " + inQuotes(word));
 }
 
 } // namespace
@@ -47,6 +77,9 @@ ExitStatus runCommandLine(std::vector<std::string> arguments, Console& console) 
     for (std::unique_ptr<Command>& command : makeCommands()) {
         CLI::App& declared = command->declare(application);
         commands.emplace_back(&declared, std::move(command));
+    }
+    if (const std::optional<std::string> fault = faultOfFirstWord(application, arguments)) {
+        return refuse(console, *fault);
     }
     try {
         std::reverse(arguments.begin(), arguments.end()); // as the parser wants them

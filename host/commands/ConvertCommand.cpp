@@ -7,6 +7,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cerrno>
+#include <charconv>
 #include <optional>
 #include <ostream>
 #include <thread>
@@ -17,14 +18,24 @@ namespace {
 
 constexpr unsigned s_maxJobs = 256;
 
+/// What is wrong with a number of threads; nothing when it can be used.
+std::string checkJobs(const std::string& text) {
+    unsigned jobs = 0;
+    const auto [end, failure] = std::from_chars(text.data(), text.data() + text.size(), jobs);
+    const bool isNumber = failure == std::errc() && end == text.data() + text.size();
+    return isNumber && jobs <= s_maxJobs
+               ? std::string()
+               : inQuotes(text) + " is not a whole number from 0 to " + std::to_string(s_maxJobs);
+}
+
 constexpr const char* s_footer =
     R"(Exit status: 0 every record converted; 1 some failed or were malformed, or not all answers could be
 written; 2 the command line or the context could not be used, and nothing was converted.)";
 
 /// Says why a command cannot do its work, on one line.
-class Unusable : public std::runtime_error {
+class Unusable : public Refusal {
 public:
-    using std::runtime_error::runtime_error;
+    using Refusal::Refusal;
 };
 
 std::string readContextFile(const std::string& path) {
@@ -44,9 +55,9 @@ std::unique_ptr<LoadedContext> loadContext(const std::string& path) {
     } catch (const SyntaxRefusal& refusal) {
         const TextPosition position = refusal.position().value_or(TextPosition{});
         throw Unusable(path + ":" + std::to_string(position.line) + ":" + std::to_string(position.column) +
-                       ": not JSON: " + refusal.what());
+                       (refusal.isJson() ? ": " : ": not JSON: ") + refusal.reason());
     } catch (const Refusal& refusal) {
-        throw Unusable(path + ": " + refusal.what());
+        throw Unusable(path + ": " + refusal.reason());
     }
 }
 
@@ -99,7 +110,7 @@ CLI::App& ConvertCommand::declare(CLI::App& application) {
     command
         ->add_option("-j,--jobs", m_jobs,
                      "How many threads convert; 0 for one a processor. Answers stay in order")
-        ->check(CLI::Range(0U, s_maxJobs))
+        ->check(checkJobs)
         ->default_val(1)
         ->type_name("N");
     command->footer(s_footer);
@@ -110,7 +121,7 @@ ExitStatus ConvertCommand::run(Console& console) {
     try {
         return convert(console);
     } catch (const Unusable& reason) {
-        writeMessage(console, reason.what());
+        writeMessage(console, reason.reason());
         return ExitStatus::unusable;
     }
 }

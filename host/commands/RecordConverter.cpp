@@ -10,6 +10,9 @@ namespace quelt::host {
 namespace {
 
 std::string describe(const SyntaxRefusal& refusal, bool isUnfinished) {
+    if (refusal.isJson()) {
+        return refusal.reason();
+    }
     std::string text = "not JSON";
     if (refusal.position()) {
         text += " at column " + std::to_string(refusal.position()->column);

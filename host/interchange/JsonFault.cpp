@@ -92,10 +92,19 @@ private:
         } else if (sequenceLength(m_text.substr(m_at)) == 0) {
             what = "not UTF-8";
         }
-        failAt(m_at, what, pointer(false));
+        throw faultAt(m_at, what, pointer(false));
     }
-    [[noreturn]] void failAt(std::size_t offset, std::string_view what, std::string pointer) const {
-        throw JsonFault{std::string(what), offset, std::move(pointer), m_hasOneId ? m_id : std::nullopt};
+    [[nodiscard]] JsonFault faultAt(std::size_t offset, std::string_view what, std::string pointer) const {
+        return {.what = std::string(what),
+                .offset = offset,
+                .pointer = std::move(pointer),
+                .id = m_hasOneId ? m_id : std::nullopt};
+    }
+    /// The same for what is JSON, but too much for us.
+    [[nodiscard]] JsonFault limitAt(std::size_t offset, std::string_view what, std::string pointer) const {
+        JsonFault fault = faultAt(offset, what, std::move(pointer));
+        fault.isJson = true;
+        return fault;
     }
     /// The place of the innermost object or array, or of the value in it that is being read.
     [[nodiscard]] std::string pointer(bool ofValue) const {
@@ -159,8 +168,8 @@ private:
 
     void open() {
         if (m_levels.size() == s_maxJsonDepth) {
-            failAt(m_at, "objects and arrays nested more than " + std::to_string(s_maxJsonDepth) + " deep",
-                   {});
+            throw limitAt(
+                m_at, "objects and arrays nested more than " + std::to_string(s_maxJsonDepth) + " deep", {});
         }
         m_levels.push_back({m_text[m_at] == '{', 0, {}});
         ++m_at;
@@ -203,7 +212,7 @@ private:
             scanDigits("expected a digit in the exponent");
         }
         if (!isInRange(m_text.substr(begin, m_at - begin), isWhole)) {
-            failAt(begin, "number out of range", pointer(true));
+            throw limitAt(begin, "number out of range", pointer(true));
         }
     }
 
@@ -268,7 +277,8 @@ private:
                 return 0x10000U + ((high - 0xD800U) << 10U) + (low - 0xDC00U);
             }
         }
-        failAt(begin, isAtEnd() ? "the text ends too early" : "half of a surrogate pair", pointer(false));
+        throw faultAt(begin, isAtEnd() ? "the text ends too early" : "half of a surrogate pair",
+                      pointer(false));
     }
 
     std::uint32_t scanHex() {

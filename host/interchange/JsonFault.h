@@ -18,6 +18,8 @@ struct JsonFault {
     std::size_t offset = 0;
     /// The object or array in which it is, or, for a number out of range, its own place, as a JSON pointer.
     std::string pointer;
+    /// Whether the text is JSON up to here all the same, and only a number too large or nested too deep.
+    bool isJson = false;
     /// The text under "id" in the outermost object, when it stands before the fault.
     std::optional<std::string> id;
 };

@@ -11,13 +11,13 @@ constexpr std::size_t s_usualSize = std::size_t{1} << 20U;
 [[noreturn]] void refuseSyntax(std::string_view text, simdjson::error_code error) {
     const std::optional<JsonFault> fault = findJsonFault(text);
     if (!fault) {
-        throw SyntaxRefusal(simdjson::error_message(error), std::nullopt, std::nullopt);
+        throw SyntaxRefusal(simdjson::error_message(error));
     }
     std::string what = fault->what;
     if (!fault->pointer.empty()) {
-        what += " in " + fault->pointer;
+        what += (fault->isJson ? " at " : " in ") + fault->pointer;
     }
-    throw SyntaxRefusal(what, positionOf(text, fault->offset), fault->id);
+    throw SyntaxRefusal(what, positionOf(text, fault->offset), *fault);
 }
 
 } // namespace

@@ -57,21 +57,32 @@ TEST_F(CommandLineTest, helpAndVersion) {
 }
 
 TEST_F(CommandLineTest, unusableCommandLines) {
-    const std::vector<std::vector<std::string>> commandLines{
-        {},
-        {"convrt"},
-        {"convert"},
-        {"convert", "--context"},
-        {"convert", "--context", context, "--what"},
-        {"convert", "--context", context, "a", "b"},
-        {"convert", "--context", context, "--jobs", "x"},
-        {"convert", "--context", context, "--jobs", "-1"},
-        {"convert", "--context", context, "--jobs", "257"},
-        {"convert", "--context", context, "--context", context}};
-    for (const auto& arguments : commandLines) {
+    struct Case {
+        std::vector<std::string> arguments;
+        std::string message;
+    };
+    const std::vector<Case> cases{
+        {{}, "no command given"},
+        {{"convrt"}, "unknown command 'convrt'"},
+        {{"--what"}, "unknown option '--what'"},
+        {{"convert"}, "--context is required"},
+        {{"convert", "--context"}, "--context: 1 required FILE missing"},
+        {{"convert", "--context", context, "--what"}, "The following argument was not expected: --what"},
+        {{"convert", "--context", context, "a", "b"}, "The following argument was not expected: b"},
+        {{"convert", "--context", context, "--jobs", "x"}, "--jobs: 'x' is not a whole number from 0 to 256"},
+        {{"convert", "--context", context, "--jobs", "-1"},
+         "--jobs: '-1' is not a whole number from 0 to 256"},
+        {{"convert", "--context", context, "--jobs", "257"},
+         "--jobs: '257' is not a whole number from 0 to 256"},
+        {{"convert", "--context", context, "--jobs", "1.5"},
+         "--jobs: '1.5' is not a whole number from 0 to 256"},
+        {{"convert", "--context", context, "--context", context},
+         "--context: At Most 1 required but received 2"}};
+    for (const Case& given : cases) {
         messages.str("");
-        EXPECT_EQ(run(arguments, s_record), 2) << testing::PrintToString(arguments);
-        EXPECT_NE(messages.str(), "") << testing::PrintToString(arguments);
+        EXPECT_EQ(run(given.arguments, s_record), 2) << testing::PrintToString(given.arguments);
+        EXPECT_EQ(messages.str(),
+                  "quelt-migrate: " + given.message + "\nRun with --help for more information.\n");
     }
     EXPECT_EQ(output.text(), "");
 }
@@ -139,7 +150,7 @@ TEST_F(CommandLineTest, contextsThatCannotBeUsedAreRefused) {
     EXPECT_EQ(refusal("\xEF\xBB\xBF"), ":1:1: not JSON: nothing to read\n");
     EXPECT_EQ(refusal("{\n\"format\": \"\xFF\"}"), ":2:12: not JSON: not UTF-8\n");
     EXPECT_EQ(refusal(std::string("\xFF\xFE{\0}\0", 6)), ":1:1: not JSON: not UTF-8\n");
-    EXPECT_EQ(refusal("{\"format\": 1e999}"), ":1:12: not JSON: number out of range in /format\n");
+    EXPECT_EQ(refusal("{\"format\": 1e999}"), ":1:12: number out of range at /format\n");
     EXPECT_EQ(refusal("{}"), ": missing key 'format' at the root\n");
     EXPECT_EQ(refusal("{\"\\u001b[2J\": 1}"), ": unknown key '?[2J' at /?[2J\n");
     EXPECT_EQ(output.text(), "");

@@ -370,7 +370,7 @@ INSTANTIATE_TEST_SUITE_P(
         RefusalRow{list(R"({"serial": "Unit", "in": [[1, 2147483648]]})"),
                    "number out of range (-2147483648 to 2147483647) at /list/0/in/0/1"},
         RefusalRow{list(R"({"serial": "Unit", "in": [[1, 99999999999999999999]]})"),
-                   "not JSON at column 52: number out of range in /list/0/in/0/1"},
+                   "number out of range at /list/0/in/0/1"},
         RefusalRow{list(R"({"serial": "Unit", "in": [{"from": 1}]})"), "missing key 'to' at /list/0/in/0"},
         RefusalRow{list(R"({"serial": "Unit", "in": [{"to": 1}]})"), "missing key 'from' at /list/0/in/0"},
         RefusalRow{list(R"({"serial": "Unit", "in": [{"from": 1, "to": 2, "singleIncl": true}]})"),
@@ -419,8 +419,7 @@ TEST(RecordNestingTest, levelsAreLimited) {
               "nested more than 1000 levels deep at /tree" + repeated("/and/0", 1000));
     EXPECT_EQ(refusalOf(nested(1500)),
               "nested more than 1000 levels deep at /tree" + repeated("/and/0", 1000));
-    EXPECT_EQ(refusalOf(nested(3000)),
-              "not JSON at column 18452: objects and arrays nested more than 4096 deep");
+    EXPECT_EQ(refusalOf(nested(3000)), "objects and arrays nested more than 4096 deep");
     EXPECT_EQ(refusalOf(nested(1000)).find("malformed"), std::string::npos);
 }
 
