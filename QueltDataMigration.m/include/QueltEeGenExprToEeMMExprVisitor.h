@@ -85,11 +85,9 @@ public:
     /// when there is one.
     ///
     /// @param outputMap the map to file into; when null, a new one is made, which the caller owns. The
-    /// expressions
-    ///        belong to the map's owner from then on.
-    /// @return the last filing's result; E_FAIL when there is nothing to file; a negative filing result ends
-    /// the operation, what
-    ///         was filed before stays.
+    ///        expressions belong to the map's owner from then on.
+    /// @return the last filing's result; E_FAIL when there is nothing to file; a negative filing result
+    ///        ends the operation, what was filed before stays.
     long generateMapDomainIDToEeExpr(QueltInMap*& outputMap);
 
 private:

@@ -26,26 +26,23 @@ public:
     /// QueltEeChangeExpression under 2.
     ///
     /// @param genericExpr what to convert. Its structure is left as it is; the intervals of serial
-    /// effectivities on series of the
-    ///        external types 12 and 14 are rewritten in place, each finite bound one lower, and, with
-    ///        CGE_MigRen, through the model years of the series' revision table.
+    ///        effectivities on series of the external types 12 and 14 are rewritten in place, each finite
+    ///        bound one lower, and, with CGE_MigRen, through the model years of the series' revision
+    ///        table.
     /// @param context the dictionaries; read only.
     /// @param change non-zero when the tree is a change. Lists ignore it.
-    /// @param outputMap receives a new map, from QueltInIntHolder to the expressions, before any other work
-    /// is done, and
-    ///        also when the conversion fails: then with what was filed so far. The caller owns the map and
-    ///        the expressions in it (QueltInDeleteWithObjects); what the pointer held before is overwritten,
-    ///        never deleted.
-    /// @param basicEff the basic effectivity on whose behalf the conversion runs, or null: it confines the
-    /// dictionaries in
-    ///        which features are looked for. Lists ignore it.
+    /// @param outputMap receives a new map, from QueltInIntHolder to the expressions, before any other
+    ///        work is done, and also when the conversion fails: then with what was filed so far. The
+    ///        caller owns the map and the expressions in it (QueltInDeleteWithObjects); what the pointer
+    ///        held before is overwritten, never deleted.
+    /// @param basicEff the basic effectivity on whose behalf the conversion runs, or null: it confines
+    ///        the dictionaries in which features are looked for. Lists ignore it.
     /// @return not negative on success. E_FAIL when a check of the service failed; otherwise the negative
-    /// result of the
-    ///         operation that failed, as it stands: E_NOTIMPL for what is deliberately not converted,
-    ///         E_UNEXPECTED for a restriction leaf, the core's own codes for what the core refused. Every
-    ///         failure but those two is traced. With the trace activated the map obtained from a tree is
-    ///         printed, and a map that cannot be printed makes the call fail with E_FAIL although it is
-    ///         complete.
+    ///        result of the operation that failed, as it stands: E_NOTIMPL for what is deliberately not
+    ///        converted, E_UNEXPECTED for a restriction leaf, the core's own codes for what the core
+    ///        refused. Every failure but those two is traced. With the trace activated the map obtained
+    ///        from a tree is printed, and a map that cannot be printed makes the call fail with E_FAIL
+    ///        although it is complete.
     ///
     /// After a failure, what had been built and not filed belongs to nobody; open a QueltInArenaScope around
     /// the call to get it back.
