@@ -82,10 +82,13 @@ long FilterGenerator::addVarEff(QueltEeVarEff* criterion) {
         return addTreeSeries(*criterion);
     }
     if (QueltEeOptionEff::isObjectOfThisType(*criterion) != 0) {
-        return addOption(*criterion);
+        return addFeature<QueltEeCatOptionVar>(
+            *criterion, "ERROR : Unable to find one MD containing current QueltEeCatOptionVar.", s_addFailed);
     }
     if (QueltEeSelectionEff::isObjectOfThisType(*criterion) != 0) {
-        return addSelection(*criterion);
+        return addFeature<QueltEeSelectionVar>(
+            *criterion, "ERROR : Unable to find one MD containing current QueltEeSelectionVar.",
+            s_addSelectionFailed);
     }
     return m_trace.fail("ERROR : Unexpected type of QueltEeVarEff into Filter.");
 }
@@ -200,26 +203,16 @@ long FilterGenerator::addTreeSeries(const QueltEeVarEff& criterion) {
     return result < 0 ? result : addToCriteria(criterion, s_addFailed);
 }
 
-long FilterGenerator::addOption(const QueltEeVarEff& criterion) {
-    const QueltEeCatOptionVar* variable = nullptr;
+template <class Variable>
+long FilterGenerator::addFeature(const QueltEeVarEff& criterion, const char* notFound,
+                                 const char* addFailed) {
+    const Variable* variable = nullptr;
     long result = castVariable(criterion, variable);
     if (result < 0) {
         return result;
     }
-    result =
-        narrowToFeature(*variable, "ERROR : Unable to find one MD containing current QueltEeCatOptionVar.");
-    return result < 0 ? result : addToCriteria(criterion, s_addFailed);
-}
-
-long FilterGenerator::addSelection(const QueltEeVarEff& criterion) {
-    const QueltEeSelectionVar* variable = nullptr;
-    long result = castVariable(criterion, variable);
-    if (result < 0) {
-        return result;
-    }
-    result =
-        narrowToFeature(*variable, "ERROR : Unable to find one MD containing current QueltEeSelectionVar.");
-    return result < 0 ? result : addToCriteria(criterion, s_addSelectionFailed);
+    result = narrowToFeature(*variable, notFound);
+    return result < 0 ? result : addToCriteria(criterion, addFailed);
 }
 
 long FilterGenerator::narrowToHolder(QueltEeModelDico* holder, const char* notPossible) {

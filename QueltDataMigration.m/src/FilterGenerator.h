@@ -50,8 +50,8 @@ private:
 
     long addSerial(QueltEeVarEff& criterion);
     long addTreeSeries(const QueltEeVarEff& criterion);
-    long addOption(const QueltEeVarEff& criterion);
-    long addSelection(const QueltEeVarEff& criterion);
+    template <class Variable>
+    long addFeature(const QueltEeVarEff& criterion, const char* notFound, const char* addFailed);
     template <class Variable>
     long castVariable(const QueltEeVarEff& criterion, const Variable*& variable) const;
 
