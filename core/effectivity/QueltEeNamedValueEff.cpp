@@ -114,14 +114,8 @@ quelt::ValueSet QueltEeNamedValueEff::denotedValuesOf(const QueltEeNamedValueEff
 
 bool QueltEeNamedValueEff::isComparable(const QueltEeVarEff& other) const {
     const QueltEeNamedValueEff* const effectivity = cast(other);
-    if (effectivity == nullptr || !areOfOneClass(*this, *effectivity)) {
-        return false;
-    }
-    const QueltEeNamedValueVar* const variable = effectivity->m_pVariable;
-    if (m_pVariable == nullptr || variable == nullptr) {
-        return m_pVariable == variable;
-    }
-    return m_pVariable->agreesWith(*variable);
+    return effectivity != nullptr && areOfOneClass(*this, *effectivity) &&
+           quelt::areOfOneVariable(m_pVariable, effectivity->m_pVariable);
 }
 
 long QueltEeNamedValueEff::combine(const QueltEeVarEff& other, quelt::SetOperation operation) {

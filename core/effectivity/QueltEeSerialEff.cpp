@@ -150,13 +150,7 @@ quelt::IntervalSet QueltEeSerialEff::denotedNumbers() const {
 
 bool QueltEeSerialEff::isComparable(const QueltEeVarEff& other) const {
     const QueltEeSerialEff* const effectivity = cast(other);
-    if (effectivity == nullptr) {
-        return false;
-    }
-    if (m_pVariable == nullptr || effectivity->m_pVariable == nullptr) {
-        return m_pVariable == effectivity->m_pVariable;
-    }
-    return m_pVariable->agreesWith(*effectivity->m_pVariable);
+    return effectivity != nullptr && quelt::areOfOneVariable(m_pVariable, effectivity->m_pVariable);
 }
 
 long QueltEeSerialEff::combine(const QueltEeVarEff& other, quelt::SetOperation operation) {

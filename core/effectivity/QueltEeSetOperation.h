@@ -10,6 +10,12 @@ inline constexpr std::uint32_t maxResultLength = 1'000'000;
 /// What a set operation does with two sets.
 enum class SetOperation { intersection, unification, difference };
 
+/// Whether sets of values of the two variables can be combined: the variables agree, or both are missing.
+template <class Variable>
+[[nodiscard]] bool areOfOneVariable(const Variable* left, const Variable* right) {
+    return left != nullptr && right != nullptr ? left->agreesWith(*right) : left == right;
+}
+
 /// The operation on the bits of two words, bit by bit.
 [[nodiscard]] constexpr std::uint64_t combineBits(SetOperation operation, std::uint64_t left,
                                                   std::uint64_t right) noexcept {

@@ -144,13 +144,7 @@ quelt::ValueSet QueltEeTreeSeriesEff::denotedElementsOf(const QueltEeTreeSeriesE
 
 bool QueltEeTreeSeriesEff::isComparable(const QueltEeVarEff& other) const {
     const QueltEeTreeSeriesEff* const effectivity = cast(other);
-    if (effectivity == nullptr) {
-        return false;
-    }
-    if (m_pVariable == nullptr || effectivity->m_pVariable == nullptr) {
-        return m_pVariable == effectivity->m_pVariable;
-    }
-    return m_pVariable->agreesWith(*effectivity->m_pVariable);
+    return effectivity != nullptr && quelt::areOfOneVariable(m_pVariable, effectivity->m_pVariable);
 }
 
 long QueltEeTreeSeriesEff::combine(const QueltEeVarEff& other, quelt::SetOperation operation) {

@@ -9,6 +9,9 @@
 #include "effectivity/QueltEeNamedValueEff.h"
 #include "effectivity/QueltEeSerialEff.h"
 #include "effectivity/QueltEeTreeSeriesEff.h"
+#include "infrastructure/QueltInResult.h"
+
+#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <limits>
@@ -54,6 +57,17 @@ inline void randomiseFlags(QueltEeVarEff& effectivity, Random& random) {
     if (random.flip()) {
         effectivity.switchNoVar();
     }
+}
+
+/// What no set operation takes together, in either order, is not equal either.
+inline void expectNotCombinable(QueltEeVarEff& effectivity, QueltEeVarEff& alien) {
+    EXPECT_EQ(effectivity.opAnd(alien), E_INVALIDARG);
+    EXPECT_EQ(effectivity.opOr(alien), E_INVALIDARG);
+    EXPECT_EQ(effectivity.opCut(alien), E_INVALIDARG);
+    EXPECT_EQ(effectivity.equals(alien), 0);
+    EXPECT_EQ(alien.opAnd(effectivity), E_INVALIDARG);
+    EXPECT_EQ(alien.opOr(effectivity), E_INVALIDARG);
+    EXPECT_EQ(alien.equals(effectivity), 0);
 }
 
 /// The bounds that matter, their neighbours, and nothing else: between two of them nothing can change.
