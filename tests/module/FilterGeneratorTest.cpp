@@ -1,6 +1,7 @@
 #include "FilterGenerator.h"
 
 #include "module/support/Captured.h"
+#include "module/support/ConversionDoubles.h"
 #include "module/support/Garage.h"
 
 #include "effectivity/QueltEeDateEff.h"
@@ -24,13 +25,15 @@
 namespace {
 
 using quelt::test::CapturedErrors;
+using quelt::test::ContextDouble;
 using quelt::test::Garage;
 using quelt::test::guidOf;
+using quelt::test::OnVariable;
+using quelt::test::s_coreFailure;
+using quelt::test::SetWith;
+using quelt::test::SixthEff;
 using Messages = std::vector<std::string>;
 using Mode = QueltEeGenericExpression::ListMode;
-
-// A code that no check of the module makes by itself.
-constexpr long s_coreFailure = E_OUTOFMEMORY;
 
 const quelt::MigrationTrace s_trace("FilterGeneratorTest");
 
@@ -49,55 +52,6 @@ public:
     long m_modeResult = S_OK;
 };
 
-class ContextDouble : public QueltEeExpressionContext {
-public:
-    long GetAllDictionariesByName(const QueltInMap*& dictionaries) const override {
-        const long result = QueltEeExpressionContext::GetAllDictionariesByName(dictionaries);
-        if (m_dictionaries) {
-            dictionaries = *m_dictionaries;
-        }
-        return m_namesResult < 0 ? m_namesResult : result;
-    }
-    long GetSetOfMDsContainingFeature(const QueltEeDicoObject& feature, QueltInSet*& possible,
-                                      QueltInSet*& rejected,
-                                      const QueltEeBasicEff* inherited) const override {
-        EXPECT_EQ(inherited, nullptr);
-        long result =
-            QueltEeExpressionContext::GetSetOfMDsContainingFeature(feature, possible, rejected, inherited);
-        if (m_possible) {
-            delete possible;
-            possible = *m_possible;
-        }
-        if (m_rejected) {
-            delete rejected;
-            rejected = *m_rejected;
-        }
-        return m_featureResult.value_or(result);
-    }
-    std::optional<const QueltInMap*> m_dictionaries;
-    std::optional<QueltInSet*> m_possible;
-    std::optional<QueltInSet*> m_rejected;
-    std::optional<long> m_featureResult;
-    long m_namesResult = S_OK;
-};
-
-/// Holds what a set never lets in.
-class SetWith : public QueltInSet {
-public:
-    explicit SetWith(std::initializer_list<QueltInObject*> elements, bool badCast = false)
-        : QueltInSet(QueltInObject::sType()), m_badCast(badCast) {
-        for (QueltInObject* const element : elements) {
-            m_elements.push_back(element);
-        }
-    }
-    [[nodiscard]] int badCastErr() const override { return m_badCast ? 1 : 0; }
-    int Put(QueltInObject& object) override { return m_refusesPut ? 0 : QueltInSet::Put(object); }
-    bool m_refusesPut = false;
-
-private:
-    bool m_badCast;
-};
-
 class ListDouble : public QueltQmSpecList {
 public:
     ListDouble(std::initializer_list<QueltInObject*> named) : m_namedDouble(named) {}
@@ -109,46 +63,10 @@ private:
 };
 
 template <class Base>
-class OnVariable : public Base {
-public:
-    explicit OnVariable(const QueltEeDicoObject* variable) : Base(nullptr), m_pVariableDouble(variable) {}
-    [[nodiscard]] const QueltEeDicoObject* getVar() const override { return m_pVariableDouble; }
-
-private:
-    const QueltEeDicoObject* m_pVariableDouble;
-};
-
-template <>
-class OnVariable<QueltEeTreeSeriesEff> : public QueltEeTreeSeriesEff {
-public:
-    explicit OnVariable(const QueltEeDicoObject* variable)
-        : QueltEeTreeSeriesEff(static_cast<const QueltEeTreeSeriesVar*>(nullptr)),
-          m_pVariableDouble(variable) {}
-    [[nodiscard]] const QueltEeDicoObject* getVar() const override { return m_pVariableDouble; }
-
-private:
-    const QueltEeDicoObject* m_pVariableDouble;
-};
-
-template <class Base>
-class Uncloneable : public Base {
+class UncloneableEff : public Base {
 public:
     using Base::Base;
     [[nodiscard]] QueltEeVarEff* createVarEffClone() const override { return nullptr; }
-};
-
-/// An effectivity of a kind that filters do not know.
-class SixthEff : public QueltEeVarEff {
-public:
-    [[nodiscard]] QueltEeVarEff* createVarEffClone() const override { return nullptr; }
-    [[nodiscard]] const QueltEeDicoObject* getVar() const override { return nullptr; }
-    [[nodiscard]] unsigned char equals(const QueltEeVarEff& /*other*/) const override { return 0; }
-    long opAnd(const QueltEeVarEff& /*other*/) override { return E_INVALIDARG; }
-    long opOr(const QueltEeVarEff& /*other*/) override { return E_INVALIDARG; }
-    long opCut(const QueltEeVarEff& /*other*/) override { return E_INVALIDARG; }
-    [[nodiscard]] unsigned char isAllFalse() const override { return 0; }
-    [[nodiscard]] unsigned char isAllTrue() const override { return 0; }
-    [[nodiscard]] QueltInString toString() const override { return "sixth"; }
 };
 
 class EffectivityDouble : public QueltEePredefEff {
@@ -186,6 +104,7 @@ protected:
         const long result = quelt::FilterGenerator(s_trace, false, expression, garage.context).run(output);
         m_errors = captured.texts();
         m_filed = output.GetLength();
+        EXPECT_EQ(garage.context.m_pInheritedSeen, nullptr);
         return result;
     }
 
@@ -237,7 +156,7 @@ TEST_F(FilterGeneratorFailures, dictionariesThatCannotBeListed) {
 
 TEST_F(FilterGeneratorFailures, nullMapOfDictionaries) {
     add(engineOption());
-    garage.context.m_dictionaries = nullptr;
+    garage.context.m_names = nullptr;
     EXPECT_EQ(run(), E_FAIL);
     EXPECT_EQ(m_errors, Messages{"ERROR : Null pointer on Dictionaries map."});
 }
@@ -245,7 +164,7 @@ TEST_F(FilterGeneratorFailures, nullMapOfDictionaries) {
 TEST_F(FilterGeneratorFailures, foreignDictionary) {
     QueltInMap dictionaries(QueltInString::sType(), QueltInObject::sType());
     dictionaries.Put(QueltInString("Engine"), *garage.engine);
-    garage.context.m_dictionaries = &dictionaries;
+    garage.context.m_names = &dictionaries;
     add(engineOption());
     EXPECT_EQ(run(), E_FAIL);
     EXPECT_EQ(m_errors, Messages{"ERROR"});
@@ -255,7 +174,7 @@ TEST_F(FilterGeneratorFailures, dictionaryUnderTwoNames) {
     QueltInMap dictionaries(QueltInString::sType(), QueltInObject::sType());
     dictionaries.Put(QueltInString("Truck"), *garage.truck);
     dictionaries.Put(QueltInString("Lorry"), *garage.truck);
-    garage.context.m_dictionaries = &dictionaries;
+    garage.context.m_names = &dictionaries;
     add(engineOption());
     EXPECT_EQ(run(), E_FAIL);
     EXPECT_EQ(m_errors, Messages{"ERROR : unexpected"});
@@ -297,12 +216,13 @@ TEST_F(FilterGeneratorFailures, criterionThatCannotBeCloned) {
         const char* message;
     };
     const char* const added = "ERROR : Add SerialEff to QmSelectionList Failed.";
-    const Row rows[] = {{new Uncloneable<QueltEeDateEff>, "ERROR : add DateEff to QmSelectionList Failed."},
-                        {new Uncloneable<QueltEeSerialEff>(garage.unit), added},
-                        {new Uncloneable<QueltEeTreeSeriesEff>(garage.line), added},
-                        {new Uncloneable<QueltEeOptionEff>(garage.engine), added},
-                        {new Uncloneable<QueltEeSelectionEff>(garage.package),
-                         "ERROR : add SerialEff to QmSelectionList Failed."}};
+    const Row rows[] = {
+        {new UncloneableEff<QueltEeDateEff>, "ERROR : add DateEff to QmSelectionList Failed."},
+        {new UncloneableEff<QueltEeSerialEff>(garage.unit), added},
+        {new UncloneableEff<QueltEeTreeSeriesEff>(garage.line), added},
+        {new UncloneableEff<QueltEeOptionEff>(garage.engine), added},
+        {new UncloneableEff<QueltEeSelectionEff>(garage.package),
+         "ERROR : add SerialEff to QmSelectionList Failed."}};
     for (const Row& row : rows) {
         m_pList = new QueltQmSpecList;
         add(row.criterion);
@@ -319,6 +239,7 @@ TEST_F(FilterGeneratorFailures, featureLookUp) {
         long expected;
         const char* message;
     };
+    const ContextDouble::MakeSet none = [] { return nullptr; };
     const Row rows[] = {
         {s_coreFailure, true, true, s_coreFailure,
          "ERROR : Call to QueltEeExpressionContext::GetSetOfMDsContainingFeature() has failed."},
@@ -330,8 +251,8 @@ TEST_F(FilterGeneratorFailures, featureLookUp) {
         m_pList = new QueltQmSpecList;
         add(engineOption());
         garage.context.m_featureResult = row.result;
-        garage.context.m_possible = row.hasPossible ? std::nullopt : std::optional<QueltInSet*>(nullptr);
-        garage.context.m_rejected = row.hasRejected ? std::nullopt : std::optional<QueltInSet*>(nullptr);
+        garage.context.m_makePossible = row.hasPossible ? ContextDouble::MakeSet() : none;
+        garage.context.m_makeRejected = row.hasRejected ? ContextDouble::MakeSet() : none;
         EXPECT_EQ(run(), row.expected);
         EXPECT_EQ(m_errors, Messages{row.message});
     }
@@ -356,8 +277,8 @@ TEST_F(FilterGeneratorFailures, narrowingToTheHolder) {
         m_pList = new QueltQmSpecList;
         add(engineOption());
         add(new QueltEeSerialEff(garage.unit));
-        garage.context.m_possible = possible;
-        garage.context.m_rejected = rejected;
+        garage.context.m_makePossible = [possible] { return possible; };
+        garage.context.m_makeRejected = [rejected] { return rejected; };
         return run();
     };
     EXPECT_EQ(runWith(new SetWith({garage.truck, garage.van}), new SetWith({}, true)), E_FAIL);
@@ -374,7 +295,7 @@ TEST_F(FilterGeneratorFailures, choosingTheDictionary) {
     const auto runWith = [this](SetWith* possible) {
         m_pList = new QueltQmSpecList;
         add(engineOption());
-        garage.context.m_possible = possible;
+        garage.context.m_makePossible = [possible] { return possible; };
         return run();
     };
     EXPECT_EQ(runWith(new SetWith({})), E_FAIL);

@@ -1,6 +1,7 @@
 #include "SerialRenumbering.h"
 
 #include "module/support/Captured.h"
+#include "module/support/ConversionDoubles.h"
 #include "module/support/Garage.h"
 
 #include "dictionary/QueltEeSerialVar.h"
@@ -20,6 +21,8 @@ using quelt::SerialRewriteRules;
 using quelt::test::CapturedErrors;
 using quelt::test::CapturedTrace;
 using quelt::test::guidOf;
+using quelt::test::SerialEffDouble;
+using quelt::test::SerialVarWithRevisions;
 using Interval = QueltEeSerialEff::Interval;
 using Type = QueltEeSerialVar::SerialExternalType;
 
@@ -178,39 +181,8 @@ TEST(SerialRenumbering, wrapsTheLowestYear) {
     EXPECT_EQ(rewritten(closed(0, 2000000000), variable, listRules(true)).a, -1);
 }
 
-// Doubles for what a core that failed would answer.
-
-class SerialVarWithRevisions : public QueltEeSerialVar {
-public:
-    explicit SerialVarWithRevisions(const QueltInMap* revisions)
-        : QueltEeSerialVar("Unit", guidOf(5), Type::productSeries), m_pRevisions(revisions) {}
-    long getSeqNb2Revisions(const QueltInMap*& revisions) const override {
-        revisions = m_pRevisions;
-        return E_UNEXPECTED; // is not looked at
-    }
-
-private:
-    const QueltInMap* m_pRevisions;
-};
-
-class SerialEffDouble : public QueltEeSerialEff {
-public:
-    using QueltEeSerialEff::QueltEeSerialEff;
-    long getIntervals(QueltInListVal& intervals) const override {
-        if (m_hasForeignInterval) {
-            intervals.PutBack(QueltInIntHolder(1));
-        }
-        return m_getResult;
-    }
-    long set(const QueltInListVal& /*intervals*/) override { return m_setResult; }
-
-    bool m_hasForeignInterval = false;
-    long m_getResult = S_OK;
-    long m_setResult = S_OK;
-};
-
 TEST(SerialRenumbering, reportsASeriesWithoutRevisionTable) {
-    const SerialVarWithRevisions variable(nullptr);
+    const SerialVarWithRevisions variable(guidOf(5), nullptr);
     QueltEeSerialEff effectivity(&variable);
     effectivity.addInterval(closed(10, 20));
     const CapturedErrors captured;
@@ -221,7 +193,7 @@ TEST(SerialRenumbering, reportsASeriesWithoutRevisionTable) {
 
 TEST(SerialRenumbering, readsATableWhateverTheResultCode) {
     const QueltInMap revisions(QueltInIntHolder::sType(), QueltEeSerialVarValue::sType());
-    const SerialVarWithRevisions variable(&revisions);
+    const SerialVarWithRevisions variable(guidOf(5), &revisions);
     EXPECT_EQ(rewritten(closed(10, 20), variable, listRules(true)), closed(9, 2000000000))
         << "without any year, every upper bound lies above the largest, 0";
 }
@@ -230,7 +202,7 @@ TEST(SerialRenumbering, reportsAForeignRevision) {
     QueltInMap revisions(QueltInIntHolder::sType(), QueltInObject::sType());
     QueltInString foreign("2010");
     revisions.Put(QueltInIntHolder(1), foreign);
-    const SerialVarWithRevisions variable(&revisions);
+    const SerialVarWithRevisions variable(guidOf(5), &revisions);
     QueltEeSerialEff effectivity(&variable);
     const CapturedErrors captured;
     EXPECT_EQ(quelt::rewriteSerialIntervals(effectivity, variable, listRules(true)), E_FAIL);
@@ -254,7 +226,7 @@ TEST(SerialRenumbering, passesFailuresOfTheEffectivityUp) {
 }
 
 TEST(SerialRenumbering, reportsWhereThePlaceStands) {
-    const SerialVarWithRevisions variable(nullptr);
+    const SerialVarWithRevisions variable(guidOf(5), nullptr);
     QueltEeSerialEff effectivity(&variable);
     const CapturedErrors captured;
     const SerialRewriteRules rules = listRules(true);
