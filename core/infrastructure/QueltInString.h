@@ -19,8 +19,8 @@ public:
     /// A copy of `text`.
     QueltInString(const std::string& text) : m_text(text) {} // NOLINT(google-explicit-constructor)
     /// A copy of the zero-terminated `text`; null gives the empty text.
-    QueltInString(const char* text)
-        : m_text(text != nullptr ? text : "") {} // NOLINT(google-explicit-constructor)
+    QueltInString(const char* text) // NOLINT(google-explicit-constructor)
+        : m_text(text != nullptr ? text : "") {}
     /// Takes `text` over.
     explicit QueltInString(Text&& text) noexcept : m_text(std::move(text)) {}
 
