@@ -557,7 +557,7 @@ TEST(QueltEeTreeRewriter, TakesTimeInProportionToTheTree) {
     }
     // Groups in groups of the same kind, which show as such only after those between them have become single
     // children.
-    constexpr std::size_t depth = 20'000;
+    constexpr std::size_t depth = 100'000;
     OwnedReference tree = always();
     for (std::size_t level = 0; level < depth; ++level) {
         QueltEePredefEff* const effectivity = changes[level % changes.size()].get();
