@@ -4,6 +4,7 @@
 #include "dictionary/QueltEeNamedValueVar.h"
 #include "dictionary/QueltEeSerialVar.h"
 #include "effectivity/QueltEeDateEff.h"
+#include "effectivity/QueltEeEffectivity.h"
 #include "effectivity/QueltEeNamedValueEff.h"
 #include "effectivity/QueltEeSerialEff.h"
 #include "expression/QueltEeExpressionContext.h"
@@ -60,6 +61,8 @@ struct Product {
             }
             context.AddModelDico(dictionary, 1);
         }
+        QueltEeExpression* content = new QueltEeGenericExpression((new QueltEeTrue)->getNodeRef());
+        constant->setExpr(content);
         for (int year = 1990; year < 2030; ++year) {
             unit->addRevision(std::to_string(year), static_cast<unsigned int>(year - 1989) * 10);
         }
@@ -86,6 +89,8 @@ struct Product {
     std::vector<QueltEeCatOptionVar*> options;
     QueltEeSerialVar* unit =
         new QueltEeSerialVar("Unit", makeGuid(50), QueltEeSerialVar::SerialExternalType::productSeries);
+    std::unique_ptr<QueltEeBasicEff> constant =
+        std::make_unique<QueltEeBasicEff>("Constant", makeGuid(60)); // its content is TRUE
     QueltEeExpressionContext context;
 };
 
@@ -153,26 +158,35 @@ QueltEeNodeRef* makeNestedDates(const Product& product, std::int64_t nodes) {
     return root->getNodeRef();
 }
 
-void convert(const Product& product, const Tree& tree) {
-    QueltInMap* map = nullptr;
-    benchmark::DoNotOptimize(
-        QueltEeTarselMigrationServices::ConvertEeGenericExprToEeExpr(tree, product.context, 0, map, nullptr));
-    if (map == nullptr || map->GetLength() == 0) {
-        std::abort(); // a measurement of failures is worth nothing
+/// An AND over an option and inherited effectivities whose content is TRUE, which are taken out of it and put
+/// back.
+QueltEeNodeRef* makeInherited(const Product& product, std::int64_t nodes) {
+    QueltEeGroupOp* const root = makeGroup<QueltEeAndOp>();
+    for (std::int64_t i = 2; i < nodes; ++i) {
+        root->addChild(*new QueltEeEffLeaf(product.constant.get(), nullptr));
     }
+    root->addChild(*product.makeOption(0));
+    return root->getNodeRef();
 }
 
-/// Takes the lines that conversions with dates write whether or not anybody traces, and drops them.
-class NoSink : public QueltInTraceSink {
+/// Converts as the host does: the lines that are written whether or not anybody traces are kept for the
+/// answer, in a capture that serves one conversion after the other.
+class Converter {
 public:
-    NoSink() : m_previous(replace(this)) {}
-    ~NoSink() override { replace(m_previous); }
-    NoSink(const NoSink&) = delete;
-    NoSink& operator=(const NoSink&) = delete;
-    void write(const QueltInTraceLine& /*line*/) override {}
+    QueltInMap* convert(const Product& product, const Tree& tree) {
+        m_capture.clear();
+        QueltInMap* map = nullptr;
+        benchmark::DoNotOptimize(QueltEeTarselMigrationServices::ConvertEeGenericExprToEeExpr(
+            tree, product.context, 0, map, nullptr));
+        benchmark::DoNotOptimize(m_capture.lines().data());
+        if (map == nullptr || map->GetLength() == 0) {
+            std::abort(); // a measurement of failures is worth nothing
+        }
+        return map;
+    }
 
 private:
-    QueltInTraceSink* m_previous;
+    QueltInTraceCapture m_capture{QueltInTraceCapture::Wanted::unconditionalLines};
 };
 
 /// Fits time = c * nodes ^ exponent through the measurements of one series, the last one of each size.
@@ -216,14 +230,14 @@ struct Clock {
 using MakeTree = QueltEeNodeRef* (*)(const Product&, std::int64_t);
 
 void convertOne(benchmark::State& state, MakeTree makeTree, Growth& growth) {
-    const NoSink noSink;
+    Converter converter;
     const Product product;
     const Tree tree(makeTree(product, state.range(0)));
     QueltInArena arena;
     const Clock::duration start = Clock::now();
     for ([[maybe_unused]] const auto iteration : state) {
         const QueltInArenaScope scope(arena);
-        convert(product, tree);
+        converter.convert(product, tree);
         arena.reset();
     }
     growth.note(state, Clock::now() - start);
@@ -238,6 +252,7 @@ void convertTree(benchmark::State& state) {
 /// Trees of ten nodes, one conversion after the other, until there are as many nodes as asked for.
 void convertMany(benchmark::State& state) {
     static Growth growth;
+    Converter converter;
     const Product product;
     std::vector<std::unique_ptr<Tree>> trees;
     for (std::int64_t nodes = 0; nodes < state.range(0); nodes += 10) {
@@ -248,7 +263,7 @@ void convertMany(benchmark::State& state) {
     for ([[maybe_unused]] const auto iteration : state) {
         for (const auto& tree : trees) {
             const QueltInArenaScope scope(arena);
-            convert(product, *tree);
+            converter.convert(product, *tree);
             arena.reset();
         }
     }
@@ -262,6 +277,7 @@ BENCHMARK(convertTree<makeWide>)->Apply(sizes);
 BENCHMARK(convertTree<makeChains>)->Apply(sizes);
 BENCHMARK(convertTree<makeChainsWithDate>)->Apply(sizes);
 BENCHMARK(convertTree<makeNestedDates>)->Apply(sizes);
+BENCHMARK(convertTree<makeInherited>)->Apply(sizes);
 BENCHMARK(convertMany)->Apply(sizes);
 
 /// 40 nodes below an AND: options below ORs and a NOT, series with three intervals, two dates.
@@ -321,11 +337,10 @@ std::chrono::duration<double> timeOf(QueltInArena* arena, const Work& work) {
 /// Conversions and copies of their output, by turns, so that both see the same machine. "ratio" is the time
 /// of the conversions in times of the copies; the least of each counts.
 void compareWithCopies(benchmark::State& state, bool hasSeries, bool isInArena) {
-    const NoSink noSink;
+    Converter converter;
     const Product product;
     const Tree tree(makeForty(product, hasSeries));
-    QueltInMap* map = nullptr;
-    QueltEeTarselMigrationServices::ConvertEeGenericExprToEeExpr(tree, product.context, 0, map, nullptr);
+    QueltInMap* const map = converter.convert(product, tree);
     const std::vector<const QueltEeNode*> parts = partsOf(*map);
     QueltInArena arena;
     QueltInArena* const inside = isInArena ? &arena : nullptr;
@@ -333,10 +348,7 @@ void compareWithCopies(benchmark::State& state, bool hasSeries, bool isInArena) 
     std::chrono::duration<double> copies{1e9};
     for ([[maybe_unused]] const auto iteration : state) {
         conversion = std::min(conversion, timeOf(inside, [&] {
-                                  QueltInMap* output = nullptr;
-                                  benchmark::DoNotOptimize(
-                                      QueltEeTarselMigrationServices::ConvertEeGenericExprToEeExpr(
-                                          tree, product.context, 0, output, nullptr));
+                                  QueltInMap* const output = converter.convert(product, tree);
                                   if (inside == nullptr) {
                                       QueltInDeleteWithObjects(output);
                                   }

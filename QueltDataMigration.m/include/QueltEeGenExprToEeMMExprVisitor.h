@@ -3,6 +3,7 @@
 #include "QueltDataMigrationExport.h"
 
 #include "expression/QueltEeNodeVisitor.h"
+#include "infrastructure/QueltInLinkList.h"
 #include "infrastructure/QueltInList.h"
 #include "infrastructure/QueltInSmallVector.h"
 
@@ -91,37 +92,51 @@ public:
     long generateMapDomainIDToEeExpr(QueltInMap*& outputMap);
 
 private:
-    struct TakenChild;
-    using TakenChildren = QueltInSmallVector<TakenChild, 2>;
+    /// Children of an AND with their places in it.
+    using TakenChildren = QueltInSmallVector<QueltInLinkList::Placed, 2>;
+    /// What a failure to file a copy under a dictionary is called.
+    struct FilingErrors {
+        const char* unexpected; ///< what should be a dictionary is none, or the copy is empty
+        const char* noCopy;
+    };
 
     template <class Constant>
     long convertConstant(Constant& node, const char* method);
 
     // What AND, OR and NOT share.
     long classify(QueltEeOperator& node, QueltEVCClassification& classification) const;
+    template <class ConvertChange>
+    long convertWithoutHistory(QueltEeNode& node, const QueltEVCClassification& classification,
+                               const ConvertChange& convertChange);
     long takeEvolutionVariant(QueltEeNode& node);
+    long analyzeEvolutionVariant(QueltEeNode& node, QueltEeGroupOp* joined = nullptr);
     long refuseChangeInChange();
     long analyzeStackOfChanges(QueltEeGroupOp& group);
+    long convertNegatedChange(QueltEeNotOp& node);
     long fileHistoryAtRoot();
-    long fileDatesAtRoot();
-    long analyzeCollectedEvolutionVariant();
     QueltEeEffectivityExpression& history();
     QueltEeEffectivityExpression& evolutionVariant();
     QueltEeMultiModelExpression& makeTarget();
 
     // AND with inherited effectivities.
     long convertWithInherited(QueltEeAndOp& node);
-    long takeInheritedOut(QueltEeAndOp& node, TakenChildren& taken);
-    void putInheritedBack(QueltEeAndOp& node, const TakenChildren& taken);
+    long expandInherited(QueltEeAndOp& node, TakenChildren& inherited);
+    static long takeOut(QueltEeAndOp& node, const TakenChildren& taken);
+    static void putBack(QueltEeAndOp& node, const TakenChildren& taken);
 
     // AND, OR and NOT with dates.
     long convertHistory(QueltEeAndOp& node);
     long convertHistory(QueltEeOrOp& node);
     long convertHistory(QueltEeNotOp& node);
-    long collectHistoryChild(QueltInObject* child, QueltEeNodeRef*& previousEV);
-    void addPendingHistoryTo(QueltEeGroupOp& dates);
+    long enterHistory(bool& wasAtRoot);
+    static long findHistoryChild(QueltInObject* element, QueltEeNode*& child);
+    long visitHistoryChild(QueltEeNode& child);
+    template <class Group, class Join>
+    long collectHistory(Group& node, const Join& join);
     void joinForAnd(QueltEeNodeRef* previousEV, QueltEeGroupOp*& created);
     void joinForOr(QueltEeNodeRef* previousEV);
+    long fileHistoryWithEvolutionVariant();
+    long fileDatesAtRoot();
 
     // Changes.
     long analyzeToFindOutOperationsStack(QueltEeGroupOp& group);
@@ -132,8 +147,9 @@ private:
     long analyzePureEVPart(QueltEeNode& node, unsigned char clone);
     long findApplyingDictionaries(QueltEeNode& node, QueltEeGetApplyingMDsVisitor& finder,
                                   QueltInSet*& related, QueltInSet*& notRelated) const;
-    long fileUnderEach(const QueltInSet& dictionaries, QueltEeNode& node, unsigned char clone);
-    long fileCriterion(const QueltEeModelDico& dictionary, QueltEeNodeRef* own);
+    long fileUnderEach(const QueltInSet& dictionaries, QueltEeNode& node, unsigned char clone,
+                       const FilingErrors& errors);
+    long fileCriterion(const QueltEeModelDico& dictionary, QueltEeNodeRef* own, const char* emptyOwn);
 
     // Inherited effectivities.
     long convertBasicEff(QueltEeBasicEff& effectivity);
@@ -150,10 +166,15 @@ private:
     long convertChange(QueltEePredefEff& effectivity);
     long collect(QueltEeVarEffLeaf& leaf);
     template <class Variable>
+    static long findVariable(const QueltEeVarEff& effectivity, const Variable*& variable);
+    template <class Variable>
+    static long findSeries(const QueltEeVarEff& effectivity, const Variable*& variable,
+                           const QueltEeModelDico*& holder);
+    template <class Variable>
     long convertFeature(QueltEeVarEffLeaf& leaf, const QueltEeVarEff& effectivity);
-    long fileFeature(QueltEeVarEffLeaf& leaf, const QueltInSet& dictionaries);
     long convertSerial(QueltEeVarEffLeaf& leaf, QueltEeSerialEff& effectivity);
     long convertTreeSeries(QueltEeVarEffLeaf& leaf, const QueltEeVarEff& effectivity);
+    long fileUnderHolder(const QueltEeModelDico& holder, QueltEeVarEffLeaf& leaf);
     long convertDate(QueltEeVarEffLeaf& leaf);
 
     unsigned char m_isChange;

@@ -116,7 +116,8 @@ long QueltEeGenExprToEeMMExprVisitor::analyzePureEVPart(QueltEeNode& node, unsig
     QueltInSet* notRelated = nullptr;
     long result = findApplyingDictionaries(node, finder, related, notRelated);
     if (result >= 0) {
-        result = fileUnderEach(*related, node, clone);
+        result = fileUnderEach(*related, node, clone,
+                               {.unexpected = "ERROR, unexpected", .noCopy = "ERROR, unexpected"});
     }
     delete related;
     delete notRelated;
@@ -151,17 +152,20 @@ long QueltEeGenExprToEeMMExprVisitor::findApplyingDictionaries(QueltEeNode& node
 }
 
 long QueltEeGenExprToEeMMExprVisitor::fileUnderEach(const QueltInSet& dictionaries, QueltEeNode& node,
-                                                    unsigned char clone) {
+                                                    unsigned char clone, const FilingErrors& errors) {
     makeTarget();
     long result = S_OK;
     auto elements = dictionaries.cBegin();
     for (int left = dictionaries.GetLength(); left > 0; --left) {
         const QueltEeModelDico* const dictionary = QueltEeModelDico::cast(elements.GetGoToNext());
         if (dictionary == nullptr) {
-            return s_trace.fail("ERROR, unexpected");
+            return s_trace.fail(errors.unexpected);
         }
-        result =
-            fileCriterion(*dictionary, clone != 0 ? m_pBelongings->keep(node.clone()) : node.getNodeRef());
+        QueltEeNodeRef* const own = clone != 0 ? m_pBelongings->keep(node.clone()) : node.getNodeRef();
+        if (own == nullptr) {
+            return s_trace.fail(errors.noCopy);
+        }
+        result = fileCriterion(*dictionary, own, errors.unexpected);
         if (result < 0) {
             return result;
         }
@@ -179,9 +183,10 @@ QueltEeMultiModelExpression& QueltEeGenExprToEeMMExprVisitor::makeTarget() {
     return *m_pChangeExpression;
 }
 
-long QueltEeGenExprToEeMMExprVisitor::fileCriterion(const QueltEeModelDico& dictionary, QueltEeNodeRef* own) {
+long QueltEeGenExprToEeMMExprVisitor::fileCriterion(const QueltEeModelDico& dictionary, QueltEeNodeRef* own,
+                                                    const char* emptyOwn) {
     if (isEmpty(own)) {
-        return s_trace.fail("ERROR : unexpected");
+        return s_trace.fail(emptyOwn);
     }
     QueltEeNodeRef* inherited = nullptr;
     if (m_isChange != 0) {

@@ -5,66 +5,20 @@
 #include "expression/QueltEeMultiModelExpression.h"
 #include "expression/QueltEeOperators.h"
 
+#include <utility>
+
 using quelt::conversion::findChildNode;
 using quelt::conversion::s_trace;
 
-void QueltEeGenExprToEeMMExprVisitor::addPendingHistoryTo(QueltEeGroupOp& dates) {
-    if (m_p_History_ChildNodeRef == nullptr) {
-        return;
-    }
-    m_pBelongings->handOver(m_p_History_ChildNodeRef);
-    dates.getChildren().PutBack(*m_p_History_ChildNodeRef);
-    m_p_History_ChildNodeRef = nullptr;
-}
-
-long QueltEeGenExprToEeMMExprVisitor::collectHistoryChild(QueltInObject* child, QueltEeNodeRef*& previousEV) {
-    QueltEeNode* const node = findChildNode(child);
-    if (node == nullptr) {
-        return s_trace.fail("ERROR : unexpected, child group op is not NodeRef ?");
-    }
-    previousEV = m_p_EV_ChildNodeRef;
-    m_p_EV_ChildNodeRef = nullptr;
-    const long result = node->acceptVisitor(*this);
-    return result < 0 ? s_trace.fail("ERROR : acceptVisitor FAILED.", result) : result;
-}
-
-long QueltEeGenExprToEeMMExprVisitor::analyzeCollectedEvolutionVariant() {
-    m_inEVPart = 1;
-    const long result = analyzePureEVPart(*m_p_EV_ChildNodeRef->getNode(), 1);
-    if (result >= 0) {
-        m_inEVPart = 0;
-    }
-    return result;
-}
-
-long QueltEeGenExprToEeMMExprVisitor::fileDatesAtRoot() {
-    return m_p_History_ChildNodeRef == nullptr ? s_trace.fail("ERROR: No DateNodeRef but in History part")
-                                               : fileHistoryAtRoot();
-}
-
 long QueltEeGenExprToEeMMExprVisitor::convertHistory(QueltEeAndOp& node) {
-    const bool wasAtRoot = m_atRoot != 0;
-    m_atRoot = 0; // and stays so: after a node with dates the visitor is below the root
-    if (m_p_History_ChildNodeRef != nullptr) {
-        return s_trace.fail("ERROR : unexpected here...");
+    bool wasAtRoot = false;
+    long result = enterHistory(wasAtRoot);
+    if (result < 0) {
+        return result;
     }
-    auto* const dates = new QueltEeAndOp;
-    QueltEeNodeRef* const datesRef = m_pBelongings->keep(dates->getNodeRef());
     QueltEeGroupOp* createdAnd = nullptr;
-    long result = S_OK;
-    auto children = node.getChildren().cBegin();
-    while (QueltInObject* const child = children.GetGoToNext()) {
-        QueltEeNodeRef* previousEV = nullptr;
-        result = collectHistoryChild(child, previousEV);
-        if (result < 0) {
-            return result;
-        }
-        joinForAnd(previousEV, createdAnd);
-        addPendingHistoryTo(*dates);
-    }
-    m_p_History_ChildNodeRef = datesRef;
-    dates->becomeIfSingleChild();
-    if (!wasAtRoot) {
+    result = collectHistory(node, [&](QueltEeNodeRef* previousEV) { joinForAnd(previousEV, createdAnd); });
+    if (result < 0 || !wasAtRoot) {
         return result;
     }
     s_trace.writeMessage("At Root");
@@ -73,14 +27,82 @@ long QueltEeGenExprToEeMMExprVisitor::convertHistory(QueltEeAndOp& node) {
         return result;
     }
     s_trace.writeMessage("m_p_EV_ChildNodeRef not null, analyzing to find model");
-    result = analyzeCollectedEvolutionVariant();
-    if (createdAnd != nullptr) {
-        s_trace.inform("Deleting the pAndOp that was not deleted so far");
-        m_p_EV_ChildNodeRef = nullptr; // it is the group's
-        createdAnd->removeChildren();
-        m_pBelongings->destroyGroup(*createdAnd);
+    return analyzeEvolutionVariant(*m_p_EV_ChildNodeRef->getNode(), createdAnd);
+}
+
+long QueltEeGenExprToEeMMExprVisitor::convertHistory(QueltEeOrOp& node) {
+    bool wasAtRoot = false;
+    long result = enterHistory(wasAtRoot);
+    if (result < 0) {
+        return result;
     }
-    return result < 0 ? s_trace.fail("ERROR : analyzePureEVPart Failed", result) : result;
+    result = collectHistory(node, [&](QueltEeNodeRef* previousEV) { joinForOr(previousEV); });
+    return result < 0 || !wasAtRoot ? result : fileHistoryWithEvolutionVariant();
+}
+
+long QueltEeGenExprToEeMMExprVisitor::convertHistory(QueltEeNotOp& node) {
+    s_trace.inform("classification is history");
+    bool wasAtRoot = false;
+    long result = enterHistory(wasAtRoot);
+    if (result < 0) {
+        return result;
+    }
+    QueltEeNode* child = nullptr;
+    result = findHistoryChild(node.getChildRef(), child);
+    if (result >= 0) {
+        result = visitHistoryChild(*child);
+    }
+    if (result < 0 || m_p_History_ChildNodeRef == nullptr) {
+        return result;
+    }
+    auto* const negation = new QueltEeNotOp(0);
+    m_pBelongings->handOver(m_p_History_ChildNodeRef);
+    negation->setChildRef(*m_p_History_ChildNodeRef);
+    m_p_History_ChildNodeRef = m_pBelongings->keep(negation->getNodeRef());
+    return wasAtRoot ? fileHistoryWithEvolutionVariant() : result;
+}
+
+long QueltEeGenExprToEeMMExprVisitor::enterHistory(bool& wasAtRoot) {
+    wasAtRoot = std::exchange(m_atRoot, 0) != 0; // and stays so: after a node with dates it is below the root
+    return m_p_History_ChildNodeRef != nullptr ? s_trace.fail("ERROR : unexpected here...") : S_OK;
+}
+
+long QueltEeGenExprToEeMMExprVisitor::findHistoryChild(QueltInObject* element, QueltEeNode*& child) {
+    child = findChildNode(element);
+    return child == nullptr ? s_trace.fail("ERROR : unexpected, child group op is not NodeRef ?") : S_OK;
+}
+
+long QueltEeGenExprToEeMMExprVisitor::visitHistoryChild(QueltEeNode& child) {
+    const long result = child.acceptVisitor(*this);
+    return result < 0 ? s_trace.fail("ERROR : acceptVisitor FAILED.", result) : result;
+}
+
+template <class Group, class Join>
+long QueltEeGenExprToEeMMExprVisitor::collectHistory(Group& node, const Join& join) {
+    auto* const dates = new Group;
+    QueltEeNodeRef* const datesRef = m_pBelongings->keep(dates->getNodeRef());
+    long result = S_OK;
+    auto children = node.getChildren().cBegin();
+    while (QueltInObject* const element = children.GetGoToNext()) {
+        QueltEeNode* child = nullptr;
+        result = findHistoryChild(element, child);
+        if (result < 0) {
+            return result;
+        }
+        QueltEeNodeRef* const previousEV = std::exchange(m_p_EV_ChildNodeRef, nullptr);
+        result = visitHistoryChild(*child);
+        if (result < 0) {
+            return result;
+        }
+        join(previousEV);
+        if (QueltEeNodeRef* const date = std::exchange(m_p_History_ChildNodeRef, nullptr)) {
+            m_pBelongings->handOver(date);
+            dates->getChildren().PutBack(*date);
+        }
+    }
+    m_p_History_ChildNodeRef = datesRef;
+    dates->becomeIfSingleChild();
+    return result;
 }
 
 void QueltEeGenExprToEeMMExprVisitor::joinForAnd(QueltEeNodeRef* previousEV, QueltEeGroupOp*& created) {
@@ -107,38 +129,6 @@ void QueltEeGenExprToEeMMExprVisitor::joinForAnd(QueltEeNodeRef* previousEV, Que
     m_p_EV_ChildNodeRef = joined->getNodeRef();
 }
 
-long QueltEeGenExprToEeMMExprVisitor::convertHistory(QueltEeOrOp& node) {
-    const bool wasAtRoot = m_atRoot != 0;
-    m_atRoot = 0; // and stays so, as for AND
-    if (m_p_History_ChildNodeRef != nullptr) {
-        return s_trace.fail("ERROR : unexpected here...");
-    }
-    auto* const dates = new QueltEeOrOp;
-    QueltEeNodeRef* const datesRef = m_pBelongings->keep(dates->getNodeRef());
-    long result = S_OK;
-    auto children = node.getChildren().cBegin();
-    while (QueltInObject* const child = children.GetGoToNext()) {
-        QueltEeNodeRef* previousEV = nullptr;
-        result = collectHistoryChild(child, previousEV);
-        if (result < 0) {
-            return result;
-        }
-        joinForOr(previousEV);
-        addPendingHistoryTo(*dates);
-    }
-    m_p_History_ChildNodeRef = datesRef;
-    dates->becomeIfSingleChild();
-    if (!wasAtRoot) {
-        return result;
-    }
-    result = fileDatesAtRoot();
-    if (result < 0 || m_p_EV_ChildNodeRef == nullptr) {
-        return result;
-    }
-    result = analyzeCollectedEvolutionVariant();
-    return result < 0 ? s_trace.fail("ERROR : analyzePureEVPart Failed", result) : result;
-}
-
 void QueltEeGenExprToEeMMExprVisitor::joinForOr(QueltEeNodeRef* previousEV) {
     // What a child produces counts only when an earlier part is there to be joined with.
     if (previousEV != nullptr && m_p_EV_ChildNodeRef != nullptr && m_p_EV_ChildNodeRef != previousEV) {
@@ -150,36 +140,14 @@ void QueltEeGenExprToEeMMExprVisitor::joinForOr(QueltEeNodeRef* previousEV) {
     m_p_EV_ChildNodeRef = previousEV;
 }
 
-long QueltEeGenExprToEeMMExprVisitor::convertHistory(QueltEeNotOp& node) {
-    s_trace.inform("classification is history");
-    const bool wasAtRoot = m_atRoot != 0;
-    m_atRoot = 0; // and stays so, as for AND
-    if (m_p_History_ChildNodeRef != nullptr) {
-        return s_trace.fail("ERROR : unexpected here...");
-    }
-    const QueltEeNodeRef* const child = node.getChildRef();
-    QueltEeNode* const childNode = child != nullptr ? child->getNode() : nullptr;
-    if (childNode == nullptr) {
-        return s_trace.fail("ERROR : unexpected, child group op is not NodeRef ?");
-    }
-    long result = childNode->acceptVisitor(*this);
-    if (result < 0) {
-        return s_trace.fail("ERROR : acceptVisitor FAILED.", result);
-    }
-    if (m_p_History_ChildNodeRef == nullptr) {
-        return result;
-    }
-    auto* const negation = new QueltEeNotOp(0);
-    m_pBelongings->handOver(m_p_History_ChildNodeRef);
-    negation->setChildRef(*m_p_History_ChildNodeRef);
-    m_p_History_ChildNodeRef = m_pBelongings->keep(negation->getNodeRef());
-    if (!wasAtRoot) {
-        return result;
-    }
-    result = fileHistoryAtRoot();
-    if (result < 0 || m_p_EV_ChildNodeRef == nullptr) {
-        return result;
-    }
-    result = analyzeCollectedEvolutionVariant();
-    return result < 0 ? s_trace.fail("ERROR : analyzePureEVPart Failed", result) : result;
+long QueltEeGenExprToEeMMExprVisitor::fileHistoryWithEvolutionVariant() {
+    const long result = fileDatesAtRoot();
+    return result < 0 || m_p_EV_ChildNodeRef == nullptr
+               ? result
+               : analyzeEvolutionVariant(*m_p_EV_ChildNodeRef->getNode());
+}
+
+long QueltEeGenExprToEeMMExprVisitor::fileDatesAtRoot() {
+    return m_p_History_ChildNodeRef == nullptr ? s_trace.fail("ERROR: No DateNodeRef but in History part")
+                                               : fileHistoryAtRoot();
 }

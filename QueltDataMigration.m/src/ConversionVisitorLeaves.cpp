@@ -25,6 +25,8 @@ namespace {
 // What getSetOfMDsContainingFeature answers when no dictionary is left.
 constexpr long s_noDictionary = 1;
 
+constexpr const char* s_unexpected = "ERROR : unexpected";
+
 } // namespace
 
 long QueltEeGenExprToEeMMExprVisitor::visitVarEffLeaf(QueltEeVarEffLeaf& leaf) {
@@ -75,19 +77,38 @@ long QueltEeGenExprToEeMMExprVisitor::collect(QueltEeVarEffLeaf& leaf) {
 }
 
 template <class Variable>
-long QueltEeGenExprToEeMMExprVisitor::convertFeature(QueltEeVarEffLeaf& leaf,
-                                                     const QueltEeVarEff& effectivity) {
+long QueltEeGenExprToEeMMExprVisitor::findVariable(const QueltEeVarEff& effectivity,
+                                                   const Variable*& variable) {
     const QueltEeDicoObject* const associated = effectivity.getVar();
     if (associated == nullptr) {
         return s_trace.fail("ERROR : that is soooo unlikely !");
     }
-    const Variable* const variable = Variable::cast(associated);
-    if (variable == nullptr) {
-        return s_trace.fail("ERROR : unexpected");
+    variable = Variable::cast(associated);
+    return variable == nullptr ? s_trace.fail(s_unexpected) : S_OK;
+}
+
+template <class Variable>
+long QueltEeGenExprToEeMMExprVisitor::findSeries(const QueltEeVarEff& effectivity, const Variable*& variable,
+                                                 const QueltEeModelDico*& holder) {
+    const long result = findVariable(effectivity, variable);
+    if (result < 0) {
+        return result;
+    }
+    holder = variable->getHolderDico();
+    return holder == nullptr ? s_trace.fail(s_unexpected) : result;
+}
+
+template <class Variable>
+long QueltEeGenExprToEeMMExprVisitor::convertFeature(QueltEeVarEffLeaf& leaf,
+                                                     const QueltEeVarEff& effectivity) {
+    const Variable* variable = nullptr;
+    long result = findVariable(effectivity, variable);
+    if (result < 0) {
+        return result;
     }
     QueltInSet* first = nullptr;
     QueltInSet* second = nullptr;
-    long result = m_pContext->GetSetOfMDsContainingFeature(*variable, first, second, m_pBasicEff);
+    result = m_pContext->GetSetOfMDsContainingFeature(*variable, first, second, m_pBasicEff);
     if (result < 0) {
         return s_trace.fail("ERROR : GetSetOfMDsContainingFeature Failed.", result);
     }
@@ -98,7 +119,7 @@ long QueltEeGenExprToEeMMExprVisitor::convertFeature(QueltEeVarEffLeaf& leaf,
         return s_trace.fail(
             "ERROR : No MD found for this option"); // a selection is called an option here as well
     }
-    result = fileFeature(leaf, *first);
+    result = fileUnderEach(*first, leaf, 1, {.unexpected = s_unexpected, .noCopy = "ERROR : clone failed."});
     if (result >= 0) {
         delete first;
         delete second;
@@ -106,63 +127,34 @@ long QueltEeGenExprToEeMMExprVisitor::convertFeature(QueltEeVarEffLeaf& leaf,
     return result;
 }
 
-long QueltEeGenExprToEeMMExprVisitor::fileFeature(QueltEeVarEffLeaf& leaf, const QueltInSet& dictionaries) {
-    makeTarget();
-    long result = S_OK;
-    auto elements = dictionaries.cBegin();
-    for (int left = dictionaries.GetLength(); left > 0; --left) {
-        const QueltEeModelDico* const dictionary = QueltEeModelDico::cast(elements.GetGoToNext());
-        if (dictionary == nullptr) {
-            return s_trace.fail("ERROR : unexpected");
-        }
-        QueltEeNodeRef* const clone = m_pBelongings->keep(leaf.clone());
-        if (clone == nullptr) {
-            return s_trace.fail("ERROR : clone failed.");
-        }
-        result = fileCriterion(*dictionary, clone);
-        if (result < 0) {
-            return result;
-        }
-    }
-    return result;
-}
-
 long QueltEeGenExprToEeMMExprVisitor::convertSerial(QueltEeVarEffLeaf& leaf, QueltEeSerialEff& effectivity) {
-    const QueltEeDicoObject* const associated = effectivity.getVar();
-    if (associated == nullptr) {
-        return s_trace.fail("ERROR : that is soooo unlikely !");
-    }
-    const QueltEeSerialVar* const variable = QueltEeSerialVar::cast(associated);
-    const QueltEeModelDico* const holder = variable != nullptr ? variable->getHolderDico() : nullptr;
-    if (holder == nullptr) {
-        return s_trace.fail("ERROR : unexpected");
-    }
-    const long result = quelt::rewriteSerialIntervals(effectivity, *variable,
-                                                      {.trace = s_trace,
-                                                       .where = std::source_location::current(),
-                                                       .renumbers = s_isRenumbering,
-                                                       .tracesShiftedBounds = true,
-                                                       .comparesUpperBoundUnshifted = false});
+    const QueltEeSerialVar* variable = nullptr;
+    const QueltEeModelDico* holder = nullptr;
+    long result = findSeries(effectivity, variable, holder);
     if (result < 0) {
         return result;
     }
-    makeTarget();
-    return fileCriterion(*holder, m_pBelongings->keep(leaf.clone()));
+    result = quelt::rewriteSerialIntervals(effectivity, *variable,
+                                           {.trace = s_trace,
+                                            .where = std::source_location::current(),
+                                            .renumbers = s_isRenumbering,
+                                            .tracesShiftedBounds = true,
+                                            .comparesUpperBoundUnshifted = false});
+    return result < 0 ? result : fileUnderHolder(*holder, leaf);
 }
 
 long QueltEeGenExprToEeMMExprVisitor::convertTreeSeries(QueltEeVarEffLeaf& leaf,
                                                         const QueltEeVarEff& effectivity) {
-    const QueltEeDicoObject* const associated = effectivity.getVar();
-    if (associated == nullptr) {
-        return s_trace.fail("ERROR : that is soooo unlikely !");
-    }
-    const QueltEeTreeSeriesVar* const variable = QueltEeTreeSeriesVar::cast(associated);
-    const QueltEeModelDico* const holder = variable != nullptr ? variable->getHolderDico() : nullptr;
-    if (holder == nullptr) {
-        return s_trace.fail("ERROR : unexpected");
-    }
+    const QueltEeTreeSeriesVar* variable = nullptr;
+    const QueltEeModelDico* holder = nullptr;
+    const long result = findSeries(effectivity, variable, holder);
+    return result < 0 ? result : fileUnderHolder(*holder, leaf);
+}
+
+long QueltEeGenExprToEeMMExprVisitor::fileUnderHolder(const QueltEeModelDico& holder,
+                                                      QueltEeVarEffLeaf& leaf) {
     makeTarget();
-    return fileCriterion(*holder, m_pBelongings->keep(leaf.clone()));
+    return fileCriterion(holder, m_pBelongings->keep(leaf.clone()), s_unexpected);
 }
 
 long QueltEeGenExprToEeMMExprVisitor::convertDate(QueltEeVarEffLeaf& leaf) {
@@ -171,5 +163,5 @@ long QueltEeGenExprToEeMMExprVisitor::convertDate(QueltEeVarEffLeaf& leaf) {
     if (m_atRoot != 0) {
         return fileHistoryAtRoot();
     }
-    return isEmpty(m_p_History_ChildNodeRef) ? s_trace.fail("ERROR : unexpected") : S_OK;
+    return isEmpty(m_p_History_ChildNodeRef) ? s_trace.fail(s_unexpected) : S_OK;
 }

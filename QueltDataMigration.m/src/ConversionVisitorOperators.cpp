@@ -6,7 +6,6 @@
 #include "expression/QueltEeMultiModelExpression.h"
 #include "expression/QueltEeOperators.h"
 
-using quelt::conversion::findChildNode;
 using quelt::conversion::s_isOptimized;
 using quelt::conversion::s_trace;
 
@@ -29,12 +28,6 @@ bool isNothingButInherited(const QueltEVCClassification& classification) {
 
 } // namespace
 
-/// An inherited-effectivity child that was taken out of an AND, with its index in the original order.
-struct QueltEeGenExprToEeMMExprVisitor::TakenChild {
-    QueltEeNodeRef* reference;
-    unsigned int index;
-};
-
 long QueltEeGenExprToEeMMExprVisitor::visitAndOp(QueltEeAndOp& node) {
     const quelt::MethodTrace scope(s_trace, "visitAndOp");
     QueltEVCClassification classification(0);
@@ -43,14 +36,10 @@ long QueltEeGenExprToEeMMExprVisitor::visitAndOp(QueltEeAndOp& node) {
         return result;
     }
     if (isWithoutHistory(classification)) {
-        if (classification.isChange() == 0) {
-            return takeEvolutionVariant(node);
-        }
-        if (m_isChange != 0) {
-            return refuseChangeInChange();
-        }
-        s_trace.inform("Stack of changes");
-        return analyzeStackOfChanges(node);
+        return convertWithoutHistory(node, classification, [&] {
+            s_trace.inform("Stack of changes");
+            return analyzeStackOfChanges(node);
+        });
     }
     if (classification.isInheritedEff() != 0) {
         return convertWithInherited(node);
@@ -69,10 +58,7 @@ long QueltEeGenExprToEeMMExprVisitor::visitOrOp(QueltEeOrOp& node) {
         return result;
     }
     if (isWithoutHistory(classification)) {
-        if (classification.isChange() == 0) {
-            return takeEvolutionVariant(node);
-        }
-        return m_isChange != 0 ? refuseChangeInChange() : analyzeStackOfChanges(node);
+        return convertWithoutHistory(node, classification, [&] { return analyzeStackOfChanges(node); });
     }
     if (classification.isHistory() != 0) {
         return convertHistory(node);
@@ -87,25 +73,36 @@ long QueltEeGenExprToEeMMExprVisitor::visitNotOp(QueltEeNotOp& node) {
         s_trace.inform("CFG_DA_Migration_Optimization");
     }
     QueltEVCClassification classification(0);
-    long result = classify(node, classification);
+    const long result = classify(node, classification);
     if (result < 0) {
         return result;
     }
-    if (!isWithoutHistory(classification)) {
-        return classification.isHistory() != 0 ? convertHistory(node)
-                                               : s_trace.fail("ERROR : classification is nothing ???");
+    if (isWithoutHistory(classification)) {
+        return convertWithoutHistory(node, classification, [&] {
+            return isEvolutionOrVariant(classification)
+                       ? s_trace.fail("ERROR : do not know how to manage that case. Do not know what that "
+                                      "configuration means...")
+                       : convertNegatedChange(node);
+        });
     }
+    if (classification.isHistory() != 0) {
+        return convertHistory(node);
+    }
+    return s_trace.fail("ERROR : classification is nothing ???");
+}
+
+template <class ConvertChange>
+long QueltEeGenExprToEeMMExprVisitor::convertWithoutHistory(QueltEeNode& node,
+                                                            const QueltEVCClassification& classification,
+                                                            const ConvertChange& convertChange) {
     if (classification.isChange() == 0) {
         return takeEvolutionVariant(node);
     }
-    if (m_isChange != 0) {
-        return refuseChangeInChange();
-    }
-    if (isEvolutionOrVariant(classification)) {
-        return s_trace.fail(
-            "ERROR : do not know how to manage that case. Do not know what that configuration means...");
-    }
-    result = node.childrenAcceptVisitor(*this);
+    return m_isChange != 0 ? refuseChangeInChange() : convertChange();
+}
+
+long QueltEeGenExprToEeMMExprVisitor::convertNegatedChange(QueltEeNotOp& node) {
+    const long result = node.childrenAcceptVisitor(*this);
     if (result < 0) {
         return s_trace.fail("ERROR : childrenAcceptVisitor on NOT op FAILED", result);
     }
@@ -122,19 +119,22 @@ long QueltEeGenExprToEeMMExprVisitor::convertWithInherited(QueltEeAndOp& node) {
     if (m_isChange != 0) {
         return s_trace.fail("ERROR : we are not supposed to have referenced effectivities in a change");
     }
-    TakenChildren taken;
-    const long result = takeInheritedOut(node, taken);
+    TakenChildren inherited;
+    long result = expandInherited(node, inherited);
+    if (result >= 0) {
+        result = takeOut(node, inherited);
+    }
     if (result >= 0) {
         // What is left is converted as if it were the whole; the outcome of that is not this visit's.
         m_atRoot = 1;
         static_cast<void>(node.acceptVisitor(*this));
+        putBack(node, inherited);
     }
-    putInheritedBack(node, taken);
     m_pInhEffChildNodeRef = nullptr;
     return result;
 }
 
-long QueltEeGenExprToEeMMExprVisitor::takeInheritedOut(QueltEeAndOp& node, TakenChildren& taken) {
+long QueltEeGenExprToEeMMExprVisitor::expandInherited(QueltEeAndOp& node, TakenChildren& inherited) {
     long result = S_OK;
     unsigned int index = 0;
     auto children = node.getChildren().cBegin();
@@ -160,22 +160,32 @@ long QueltEeGenExprToEeMMExprVisitor::takeInheritedOut(QueltEeAndOp& node, Taken
             }
             m_pInhEffChildNodeRef = child;
             m_inhEffChildIndex = index;
-            result = node.getChildren().Remove(index - taken.size());
-            if (result < 0) {
-                return s_trace.fail("ERROR, Remove Child inh eff from list children failed", result);
-            }
-            taken.push_back({child, index});
+            inherited.push_back({index, child});
         }
         ++index;
     }
     // Without a child taken out, the second visit would come here again, and so for ever.
-    return taken.empty() ? s_trace.fail("ERROR : unexpected case") : result;
+    return inherited.empty() ? s_trace.fail("ERROR : unexpected case") : result;
 }
 
-void QueltEeGenExprToEeMMExprVisitor::putInheritedBack(QueltEeAndOp& node, const TakenChildren& taken) {
-    for (const TakenChild& child : taken) {
-        if (node.getChildren().Set(child.index, *child.reference) < 0) {
-            delete child.reference;
+long QueltEeGenExprToEeMMExprVisitor::takeOut(QueltEeAndOp& node, const TakenChildren& taken) {
+    QueltInSmallVector<std::uint32_t, 2> positions;
+    for (const QueltInLinkList::Placed& child : taken) {
+        positions.push_back(child.position);
+    }
+    const long result = node.getChildren().RemoveEach(positions.values());
+    return result < 0 ? s_trace.fail("ERROR, Remove Child inh eff from list children failed", result)
+                      : result;
+}
+
+void QueltEeGenExprToEeMMExprVisitor::putBack(QueltEeAndOp& node, const TakenChildren& taken) {
+    if (node.getChildren().SetEach(taken.values()) >= 0) {
+        return;
+    }
+    // One of them has no place any more: the others keep theirs.
+    for (const QueltInLinkList::Placed& child : taken) {
+        if (node.getChildren().Set(child.position, *child.object) < 0) {
+            delete child.object;
         }
     }
 }

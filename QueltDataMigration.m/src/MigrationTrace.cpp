@@ -19,17 +19,13 @@ long MigrationTrace::fail(const char* message, long result, std::source_location
     return result;
 }
 
-MethodTrace::MethodTrace(const MigrationTrace& trace, const char* method, std::source_location where)
-    : m_trace(trace.m_trace), m_line(static_cast<int>(where.line())) {
-    if (m_trace.IsActivated() == 0) {
-        return;
-    }
+void MethodTrace::writeEntry(const char* method) {
     m_trace.SetMethod(method);
     m_isMethodSet = true;
     m_trace.beginTrace(s_methodEntry).endTraceWithLineNumber(s_methodEntry, m_line);
 }
 
-MethodTrace::~MethodTrace() {
+void MethodTrace::writeExit() {
     if (m_trace.IsActivated() != 0) {
         m_trace.beginTrace(s_methodExit).endTraceWithLineNumber(s_methodExit, m_line);
     }

@@ -27,9 +27,7 @@ public:
     /// kind.
     template <class... Pieces>
     void writeMessage(Pieces... pieces) const {
-        m_trace.beginTrace(0);
-        (m_trace << ... << pieces);
-        m_trace.endTrace(0);
+        m_trace.writeMessage(pieces...);
     }
     /// The error report of two lines, where and what. Returns `result`, so that a failing step reads as one
     /// statement.
@@ -46,12 +44,24 @@ class MethodTrace {
 public:
     /// Opens the scope of `method` (text with static storage).
     MethodTrace(const MigrationTrace& trace, const char* method,
-                std::source_location where = std::source_location::current());
-    ~MethodTrace();
+                std::source_location where = std::source_location::current())
+        : m_trace(trace.m_trace), m_line(static_cast<int>(where.line())) {
+        if (m_trace.IsActivated() != 0) {
+            writeEntry(method);
+        }
+    }
+    ~MethodTrace() {
+        if (m_isMethodSet || m_trace.IsActivated() != 0) {
+            writeExit();
+        }
+    }
     MethodTrace(const MethodTrace&) = delete;
     MethodTrace& operator=(const MethodTrace&) = delete;
 
 private:
+    void writeEntry(const char* method);
+    void writeExit();
+
     QueltInTraceClass& m_trace;
     int m_line;
     bool m_isMethodSet = false;

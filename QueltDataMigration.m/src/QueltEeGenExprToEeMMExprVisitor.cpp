@@ -150,7 +150,18 @@ long QueltEeGenExprToEeMMExprVisitor::takeEvolutionVariant(QueltEeNode& node) {
         m_p_EV_ChildNodeRef = node.getNodeRef();
         return S_OK; // still in the part, for the operator above
     }
+    return analyzeEvolutionVariant(node);
+}
+
+long QueltEeGenExprToEeMMExprVisitor::analyzeEvolutionVariant(QueltEeNode& node, QueltEeGroupOp* joined) {
+    m_inEVPart = 1;
     const long result = analyzePureEVPart(node, 1);
+    if (joined != nullptr) {
+        s_trace.inform("Deleting the pAndOp that was not deleted so far");
+        m_p_EV_ChildNodeRef = nullptr; // it is the group's
+        joined->removeChildren();
+        m_pBelongings->destroyGroup(*joined);
+    }
     if (result < 0) {
         return s_trace.fail("ERROR : analyzePureEVPart Failed", result);
     }

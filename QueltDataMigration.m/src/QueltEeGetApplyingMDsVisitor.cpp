@@ -165,25 +165,30 @@ long QueltEeGetApplyingMDsVisitor::visitVarEffLeaf(QueltEeVarEffLeaf& leaf) {
     if (effectivity == nullptr) {
         return s_trace.fail("Wow. THAT is unexpected !!! :'( ");
     }
-    if (QueltEeSerialEff* const serial = QueltEeSerialEff::cast(effectivity)) {
-        return visitSerial(*serial);
+    const QueltInObjectTypeClass* const type = effectivity->dType();
+    const auto isA = [type](const QueltInObjectTypeClass* wanted) {
+        return type != nullptr && type->isa(wanted) != 0;
+    };
+    // No effectivity is of two of these classes, so the frequent ones are asked for first.
+    if (isA(QueltEeOptionEff::sType())) {
+        return visitFeature<QueltEeCatOptionVar>(
+            *effectivity, "ERROR : unexpected again",
+            "ERROR : Unable to find one MD containing current QueltEeCatOptionVar.");
     }
-    if (QueltEeTreeSeriesEff::isObjectOfThisType(*effectivity) != 0) {
-        return visitTreeSeries(*effectivity);
-    }
-    if (QueltEeDateEff::isObjectOfThisType(*effectivity) != 0) {
-        return s_trace.fail("ERROR : There is a date when we are supposed to be in a pure EV tree when "
-                            "calling that visitor.");
-    }
-    if (QueltEeSelectionEff::isObjectOfThisType(*effectivity) != 0) {
+    if (isA(QueltEeSelectionEff::sType())) {
         return visitFeature<QueltEeSelectionVar>(
             *effectivity, "ERROR : unexpected",
             "ERROR : Unable to find one MD containing current QueltEeSelectionVar.");
     }
-    if (QueltEeOptionEff::isObjectOfThisType(*effectivity) != 0) {
-        return visitFeature<QueltEeCatOptionVar>(
-            *effectivity, "ERROR : unexpected again",
-            "ERROR : Unable to find one MD containing current QueltEeCatOptionVar.");
+    if (isA(QueltEeSerialEff::sType())) {
+        return visitSerial(static_cast<QueltEeSerialEff&>(*effectivity));
+    }
+    if (isA(QueltEeTreeSeriesEff::sType())) {
+        return visitTreeSeries(*effectivity);
+    }
+    if (isA(QueltEeDateEff::sType())) {
+        return s_trace.fail("ERROR : There is a date when we are supposed to be in a pure EV tree when "
+                            "calling that visitor.");
     }
     return s_trace.fail("ERROR : Unexpected child, type of QueltEeVarEff is invalid.");
 }

@@ -48,15 +48,13 @@ public:
         return m_modelYears.read(*revisions, m_rules);
     }
 
-    [[nodiscard]] QueltInSerialInterval rewrite(const QueltInSerialInterval& old) const {
+    void rewrite(QueltInSerialInterval& interval) const {
         const unsigned char included = 1;
         unsigned char upperIncluded = 1;
-        const int a = rewriteLower(old.getA());
-        const int b = rewriteUpper(old.getB(), upperIncluded);
+        const int a = rewriteLower(interval.getA());
+        const int b = rewriteUpper(interval.getB(), upperIncluded);
         m_rules.trace.inform("interval pushed : ", a, ", ", b);
-        QueltInSerialInterval interval;
         interval.setInterval(a, included, b, upperIncluded);
-        return interval;
     }
 
 private:
@@ -180,21 +178,20 @@ long rewriteSerialIntervals(QueltEeSerialEff& effectivity, const QueltEeSerialVa
             return result;
         }
     }
-    QueltInListVal oldIntervals(QueltInObjectVal::sType());
-    QueltInListVal newIntervals(QueltInObjectVal::sType());
-    long result = effectivity.getIntervals(oldIntervals);
+    QueltInListVal intervals(QueltInObjectVal::sType()); // copies, which are rewritten where they stand
+    long result = effectivity.getIntervals(intervals);
     if (result < 0) {
         return rules.trace.fail("ERROR : getIntervals failed.", result, rules.where);
     }
-    auto intervals = oldIntervals.cBegin();
-    while (const QueltInObjectVal* const element = intervals.GetGoToNext()) {
-        const QueltInSerialInterval* const old = QueltInSerialInterval::cast(*element);
-        if (old == nullptr) {
+    auto elements = intervals.cBegin();
+    while (QueltInObjectVal* const element = elements.GetGoToNext()) {
+        QueltInSerialInterval* const interval = QueltInSerialInterval::cast(element);
+        if (interval == nullptr) {
             return rules.trace.fail("ERROR : unexpected type", E_FAIL, rules.where);
         }
-        newIntervals.PutBack(rewriter.rewrite(*old));
+        rewriter.rewrite(*interval);
     }
-    result = effectivity.set(newIntervals);
+    result = effectivity.set(intervals);
     if (result < 0) {
         return rules.trace.fail("ERROR, set new intervals FAILED.", result, rules.where);
     }

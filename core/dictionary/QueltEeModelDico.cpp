@@ -1,8 +1,11 @@
 #include "dictionary/QueltEeModelDico.h"
 
 #include "dictionary/QueltEeTreeSeriesVar.h"
+#include "infrastructure/QueltInMemory.h"
 #include "infrastructure/QueltInResult.h"
 #include "infrastructure/QueltInTypedDefinition.h"
+
+#include <cstring>
 
 template class QueltInTyped<QueltEeModelDico, QueltEeDicoObject>;
 
@@ -23,7 +26,7 @@ long QueltEeModelDico::addVariable(QueltEeVariable* variable) {
     }
     const QueltInName& name = m_names.emplace_back(variable->getSharedName());
     m_byName.emplace(name.text().view(), variable);
-    m_features.insert(variable->getGuid());
+    addFeature(variable->getGuid());
     m_variables.emplace_back(variable);
     variable->m_pHolder = this;
     return S_OK;
@@ -34,8 +37,23 @@ QueltEeVariable* QueltEeModelDico::getVariable(std::string_view name) const {
     return found != m_byName.end() ? found->second : nullptr;
 }
 
-bool QueltEeModelDico::containsFeature(const QueltInGuid& guid) const {
-    return m_features.contains(guid);
+void QueltEeModelDico::addFeature(const QueltInGuid& guid) {
+    const std::uint64_t hash = guid.fullHash();
+    if (containsFeature(guid, hash)) {
+        return;
+    }
+    const QueltInHeapScope heap; // the index lives as long as the dictionary
+    const auto position = static_cast<std::uint32_t>(m_features.size());
+    m_features.push_back(guid.getBytes());
+    m_featureIndex.insert(hash, position);
+}
+
+bool QueltEeModelDico::containsFeature(const QueltInGuid& guid, std::uint64_t hash) const {
+    const auto isIt = [&](std::uint32_t position) {
+        return std::memcmp(m_features[position].data(), guid.getBytes().data(), sizeof(QueltInGuid::Bytes)) ==
+               0;
+    };
+    return m_featureIndex.find(hash, isIt) != quelt::QueltInHashIndex::s_none;
 }
 
 QueltEeTreeSeriesVar* QueltEeModelDico::getTreeSeriesVariable(unsigned int number) const {

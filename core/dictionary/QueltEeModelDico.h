@@ -2,11 +2,11 @@
 
 #include "dictionary/QueltEeDicoObject.h"
 #include "dictionary/QueltEeVariable.h"
+#include "infrastructure/QueltInHashIndex.h"
 
 #include <memory>
 #include <string_view>
 #include <unordered_map>
-#include <unordered_set>
 #include <vector>
 
 class QueltEeTreeSeriesVar;
@@ -34,17 +34,21 @@ public:
         return m_variables;
     }
     /// True when the dictionary holds a variable with this GUID. Constant time.
-    [[nodiscard]] bool containsFeature(const QueltInGuid& guid) const;
+    [[nodiscard]] bool containsFeature(const QueltInGuid& guid) const {
+        return containsFeature(guid, guid.fullHash());
+    }
+    /// As above, for whoever asks many dictionaries: `hash` is the full hash of `guid`.
+    [[nodiscard]] bool containsFeature(const QueltInGuid& guid, std::uint64_t hash) const;
     /// The first tree-series variable with this number, or null.
     [[nodiscard]] virtual QueltEeTreeSeriesVar* getTreeSeriesVariable(unsigned int number) const;
 
 private:
-    struct GuidHash {
-        std::size_t operator()(const QueltInGuid& guid) const noexcept { return guid.hash(); }
-    };
+    void addFeature(const QueltInGuid& guid);
+
     std::vector<std::unique_ptr<QueltEeVariable>> m_variables;
     std::vector<QueltInName> m_names; // what the keys below are made of, even when a variable is renamed
     std::unordered_map<std::string_view, QueltEeVariable*> m_byName;
-    std::unordered_set<QueltInGuid, GuidHash> m_features;
+    std::vector<QueltInGuid::Bytes> m_features; // each GUID once
+    quelt::QueltInHashIndex m_featureIndex;     // finds them
 };
 extern template class QueltInTyped<QueltEeModelDico, QueltEeDicoObject>;

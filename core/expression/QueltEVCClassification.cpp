@@ -89,6 +89,9 @@ std::uint16_t QueltCoreEVC_NodeClassifier::kindOf(const QueltEeNode& node) {
 }
 
 std::uint16_t QueltCoreEVC_NodeClassifier::find(const QueltEeNode& root) {
+    if (const std::uint16_t known = root.m_knownClassification.load(std::memory_order_relaxed); known != 0) {
+        return known;
+    }
     std::vector<std::uint16_t> open; // what was found so far below each operator that is entered and not left
     std::uint16_t found = 0;
     for (quelt::TreeWalk walk(root); walk.next();) {

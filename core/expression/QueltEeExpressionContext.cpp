@@ -35,12 +35,23 @@ void fill(QueltInSet& set, const QueltInMap& dictionaries) {
     }
 }
 
-bool contains(const QueltInObject& dictionary, const QueltInGuid& feature) {
-    const QueltEeModelDico* const dico = QueltEeModelDico::cast(&dictionary);
-    return dico != nullptr && dico->containsFeature(feature);
+/// What dictionaries are asked for, with what is worked out once for all of them.
+struct Feature {
+    explicit Feature(const QueltInGuid& wanted)
+        : guid(wanted), hash(wanted.fullHash()), dictionaryType(QueltEeModelDico::sType()) {}
+
+    const QueltInGuid& guid;
+    std::uint64_t hash;
+    const QueltInObjectTypeClass* dictionaryType;
+};
+
+bool contains(const QueltInObject& dictionary, const Feature& feature) {
+    const QueltInObjectTypeClass* const type = dictionary.dType();
+    return type != nullptr && type->isa(feature.dictionaryType) != 0 &&
+           static_cast<const QueltEeModelDico&>(dictionary).containsFeature(feature.guid, feature.hash);
 }
 
-bool allContain(const QueltInSet& dictionaries, const QueltInGuid& feature) {
+bool allContain(const QueltInSet& dictionaries, const Feature& feature) {
     QueltInSet::const_iterator iterator = dictionaries.cBegin();
     while (const QueltInObject* const dictionary = iterator.GetGoToNext()) {
         if (!contains(*dictionary, feature)) {
@@ -51,11 +62,11 @@ bool allContain(const QueltInSet& dictionaries, const QueltInGuid& feature) {
 }
 
 /// Moves what does not contain `feature` from `possible` to `rejected`; the others keep their order.
-void sortOut(const QueltInGuid& feature, QueltInSet& possible, QueltInSet& rejected) {
+void sortOut(const Feature& feature, QueltInSet& possible, QueltInSet& rejected) {
     if (allContain(possible, feature)) {
         return; // as most features of an expression leave it
     }
-    std::vector<QueltInObject*> kept;
+    QueltInSmallVector<QueltInObject*, 8> kept;
     QueltInSet::const_iterator iterator = possible.cBegin();
     while (QueltInObject* const dictionary = iterator.GetGoToNext()) {
         if (contains(*dictionary, feature)) {
@@ -123,7 +134,7 @@ long QueltEeExpressionContext::GetSetOfMDsContainingFeature(const QueltEeDicoObj
     if (rejected == nullptr) {
         rejected = makeSet();
     }
-    sortOut(feature.getGuid(), *possible, *rejected);
+    sortOut(Feature(feature.getGuid()), *possible, *rejected);
     return possible->IsEmpty() != 0 ? 1 : 0;
 }
 

@@ -70,18 +70,25 @@ void release(QueltEeNodeRef* reference) {
 QueltEeGroupOp::Children::Children(QueltEeGroupOp& group)
     : QueltInLinkList(QueltEeNodeRef::sType()), m_group(group) {}
 
-long QueltEeGroupOp::Children::Set(unsigned int position, QueltInObject& object) {
-    QueltEeNodeRef* const reference = QueltEeNodeRef::cast(&object);
-    if (reference == nullptr || position > static_cast<unsigned int>(GetLength())) {
+long QueltEeGroupOp::Children::check(const QueltInObject* object) const {
+    const QueltEeNodeRef* const reference = QueltEeNodeRef::cast(object);
+    if (reference == nullptr) {
         return E_INVALIDARG;
     }
     if (reference->getNode() == nullptr) {
         return E_POINTER;
     }
-    if (reference->getNode()->isAtOrAbove(m_group)) {
+    return reference->getNode()->isAtOrAbove(m_group) ? E_INVALIDARG : S_OK;
+}
+
+long QueltEeGroupOp::Children::Set(unsigned int position, QueltInObject& object) {
+    if (position > static_cast<unsigned int>(GetLength())) {
         return E_INVALIDARG;
     }
-    const long result = QueltInLinkList::Set(position, *reference->takeFor(&m_group));
+    if (const long refused = check(&object); refused < 0) {
+        return refused;
+    }
+    const long result = QueltInLinkList::Set(position, *asReference(&object)->takeFor(&m_group));
     m_group.contentsChanged();
     return result;
 }
@@ -93,6 +100,39 @@ long QueltEeGroupOp::Children::Remove(unsigned int position) {
         reference->letGo();
         m_group.contentsChanged();
     }
+    return result;
+}
+
+long QueltEeGroupOp::Children::RemoveEach(std::span<const std::uint32_t> positions) {
+    QueltInSmallVector<QueltEeNodeRef*, 4> out;
+    for (const std::uint32_t position : positions) {
+        out.push_back(asReference(Get(position)));
+    }
+    const long result = QueltInLinkList::RemoveEach(positions);
+    if (result >= 0) {
+        for (QueltEeNodeRef* const reference : out) {
+            reference->letGo();
+        }
+        m_group.contentsChanged();
+    }
+    return result;
+}
+
+long QueltEeGroupOp::Children::SetEach(std::span<const Placed> placed) {
+    if (!canPlace(placed)) {
+        return E_INVALIDARG;
+    }
+    for (const Placed& one : placed) {
+        if (const long refused = check(one.object); refused < 0) {
+            return refused;
+        }
+    }
+    QueltInSmallVector<Placed, 4> taken;
+    for (const Placed& one : placed) {
+        taken.push_back({one.position, asReference(one.object)->takeFor(&m_group)});
+    }
+    const long result = QueltInLinkList::SetEach(taken.values());
+    m_group.contentsChanged();
     return result;
 }
 
@@ -144,12 +184,15 @@ long QueltEeGroupOp::childrenAcceptVisitor(QueltEeNodeVisitor& visitor) {
     // By position, without a trace in the list, so that several threads may visit a tree that none changes. A
     // visit that takes its child out brings the next one to that position.
     long result = S_OK;
-    for (unsigned int position = 0; result >= 0 && m_children.Get(position) != nullptr;) {
-        const QueltInObject* const child = m_children.Get(position);
-        result = quelt::visitNodeOf(asReference(m_children.Get(position)), visitor);
-        if (m_children.Get(position) == child) {
-            ++position;
+    unsigned int position = 0;
+    QueltInObject* child = m_children.Get(position);
+    while (result >= 0 && child != nullptr) {
+        result = quelt::visitNodeOf(asReference(child), visitor);
+        QueltInObject* next = m_children.Get(position);
+        if (next == child) {
+            next = m_children.Get(++position);
         }
+        child = next;
     }
     return result;
 }

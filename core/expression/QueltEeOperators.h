@@ -83,11 +83,16 @@ private:
         explicit Children(QueltEeGroupOp& group);
         long Set(unsigned int position, QueltInObject& object) override;
         long Remove(unsigned int position) override;
+        long RemoveEach(std::span<const std::uint32_t> positions) override;
+        long SetEach(std::span<const Placed> placed) override;
         QueltInObject* PopBack() override;
         /// Deletes the children that are the constant `value`.
         void dropConstants(bool value, E_MakeTF makeTF);
 
     private:
+        /// S_OK when the group may take `object` as a child, else why not.
+        [[nodiscard]] long check(const QueltInObject* object) const;
+
         QueltEeGroupOp& m_group;
     };
 

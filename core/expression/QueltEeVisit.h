@@ -10,7 +10,7 @@ namespace quelt {
 class VisitScope {
 public:
     VisitScope() noexcept;
-    ~VisitScope();
+    ~VisitScope() { --m_open; }
     VisitScope(const VisitScope&) = delete;
     VisitScope& operator=(const VisitScope&) = delete;
 
@@ -18,6 +18,7 @@ public:
     [[nodiscard]] bool fits() const noexcept { return m_fits; }
 
 private:
+    std::uint32_t& m_open; // on this thread
     bool m_fits;
 };
 

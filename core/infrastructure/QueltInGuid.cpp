@@ -79,8 +79,12 @@ int QueltInGuid::equals(const QueltInObjectVal& other) const {
 }
 
 unsigned int QueltInGuid::hash() const {
+    return quelt::foldHash(fullHash());
+}
+
+std::uint64_t QueltInGuid::fullHash() const noexcept {
     std::array<std::uint64_t, 2> halves{};
     static_assert(sizeof halves == sizeof m_bytes);
     std::memcpy(halves.data(), m_bytes.data(), sizeof halves);
-    return quelt::foldHash(quelt::hashInOrder(quelt::mixBits(halves[0]), halves[1]));
+    return quelt::hashInOrder(quelt::mixBits(halves[0]), halves[1]);
 }

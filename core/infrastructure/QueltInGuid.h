@@ -29,6 +29,8 @@ public:
     [[nodiscard]] QueltInObjectVal* clone(QueltInObjectVal* reuse) const override;
     [[nodiscard]] int equals(const QueltInObjectVal& other) const override;
     [[nodiscard]] unsigned int hash() const override;
+    /// As hash(), all 64 bits, for tables of GUIDs and nothing else.
+    [[nodiscard]] std::uint64_t fullHash() const noexcept;
 
     friend bool operator==(const QueltInGuid& left, const QueltInGuid& right) noexcept {
         return left.m_bytes == right.m_bytes;

@@ -40,6 +40,56 @@ long QueltInLinkList::Remove(unsigned int position) {
     return S_OK;
 }
 
+long QueltInLinkList::RemoveEach(std::span<const std::uint32_t> positions) {
+    const auto doNotAscend = [](std::uint32_t left, std::uint32_t right) { return left >= right; };
+    if (std::ranges::adjacent_find(positions, doNotAscend) != positions.end() ||
+        (!positions.empty() && positions.back() >= m_elements.size())) {
+        return E_INVALIDARG;
+    }
+    std::uint32_t position = 0;
+    removeIf([&](const QueltInObject* /*element*/) {
+        const bool isOut = !positions.empty() && positions.front() == position++;
+        positions = isOut ? positions.subspan(1) : positions;
+        return isOut;
+    });
+    return S_OK;
+}
+
+bool QueltInLinkList::canPlace(std::span<const Placed> placed) const {
+    std::uint32_t length = m_elements.size();
+    const Placed* previous = nullptr;
+    for (const Placed& one : placed) {
+        if (one.position > length++ || (previous != nullptr && one.position <= previous->position) ||
+            one.object == nullptr || !quelt::isAdmitted(m_pElementType, *one.object)) {
+            return false;
+        }
+        previous = &one;
+    }
+    return true;
+}
+
+long QueltInLinkList::SetEach(std::span<const Placed> placed) {
+    if (!canPlace(placed)) {
+        return E_INVALIDARG;
+    }
+    const decltype(m_elements) former = m_elements;
+    std::span<QueltInObject* const> left = former.values();
+    m_elements.reserve(left.size() + placed.size());
+    m_elements.clear();
+    for (const Placed& one : placed) {
+        while (m_elements.size() < one.position) {
+            m_elements.push_back(left.front());
+            left = left.subspan(1);
+        }
+        m_elements.push_back(one.object);
+        noteInsertion(one.position);
+    }
+    for (QueltInObject* const element : left) {
+        m_elements.push_back(element);
+    }
+    return S_OK;
+}
+
 QueltInObject* QueltInLinkList::PopBack() {
     if (m_elements.empty()) {
         return nullptr;

@@ -22,6 +22,18 @@ public:
     virtual long Set(unsigned int position, QueltInObject& object);
     /// Takes the element at `position` out without deleting it; E_INVALIDARG past the end.
     virtual long Remove(unsigned int position);
+    /// An object and where it stands.
+    struct Placed {
+        std::uint32_t position;
+        QueltInObject* object;
+    };
+    /// Takes the elements at `positions`, which ascend, out without deleting them, in one pass. E_INVALIDARG,
+    /// and nothing is changed, when the positions do not ascend or one is past the end.
+    virtual long RemoveEach(std::span<const std::uint32_t> positions);
+    /// Makes each object stand at its position, as Set does for one after the other, in one pass: what
+    /// RemoveEach took out is put back where it stood. E_INVALIDARG, and nothing is changed, when the
+    /// positions do not ascend, one is past the end, or an object is of another class.
+    virtual long SetEach(std::span<const Placed> placed);
     /// Takes the last element out and returns it; null when there is none.
     virtual QueltInObject* PopBack();
     /// Appends `object`; E_INVALIDARG when it is of another class.
@@ -86,6 +98,8 @@ public:
     [[nodiscard]] unsigned int hash() const override;
 
 protected:
+    /// True when SetEach can make the objects stand at their positions.
+    [[nodiscard]] bool canPlace(std::span<const Placed> placed) const;
     /// Takes every element out for which `isOut(element)` answers true, in one pass; it is asked once for
     /// each, in order, and must leave the list as it is.
     template <class IsOut>

@@ -176,6 +176,10 @@ std::byte* QueltInArena::addBlock(std::size_t size) {
 bool QueltInArena::contains(const void* memory) const noexcept {
     const auto* const wanted = static_cast<const std::byte*>(memory);
     const std::less<const std::byte*> before;
+    if (m_blocks.size() == 1) { // as for nearly every conversion
+        const Block& only = m_blocks.front();
+        return !before(wanted, only.memory.get()) && before(wanted, only.memory.get() + only.size);
+    }
     const auto behind = std::upper_bound(
         m_blocks.begin(), m_blocks.end(), wanted,
         [&](const std::byte* address, const Block& block) { return before(address, block.memory.get()); });

@@ -2,6 +2,10 @@
 
 #include "infrastructure/QueltCoreExport.h"
 
+#include <atomic>
+#include <string>
+#include <string_view>
+
 struct QueltInTraceLine;
 
 /// What one source file traces through: it names the class and the domain of its lines, and hands each whole
@@ -18,7 +22,9 @@ public:
     /// Non-zero when trace output is wanted of this object on this thread: the environment variable
     /// QUELT_TRACE was set when the core was loaded, or a capture that asks for everything is open
     /// (QueltInTraceCapture).
-    [[nodiscard]] int IsActivated() const noexcept;
+    [[nodiscard]] int IsActivated() const noexcept {
+        return s_howManyWantEverything.load(std::memory_order_relaxed) != 0 ? isWantedHere() : 0;
+    }
     /// Opens the method `name` (text that lives until RemoveMethod) on this thread; lines of this object show
     /// the innermost method that is still open.
     void SetMethod(const char* name);
@@ -32,6 +38,15 @@ public:
     QueltInTraceClass& operator<<(int number);
     QueltInTraceClass& operator<<(unsigned int number);
     QueltInTraceClass& operator<<(const void* pointer);
+    /// Writes a whole line at level 0: as beginTrace, `<<` with each of `pieces` and endTrace, which look for
+    /// the line each time.
+    template <class... Pieces>
+    void writeMessage(Pieces... pieces) {
+        if (std::string* const text = beginLine(0); text != nullptr) {
+            (append(*text, pieces), ...);
+            endTrace(0);
+        }
+    }
     /// Ends the line started at `level` and hands it to the sink.
     void endTrace(int level);
     /// As endTrace, and records the source line number `line`.
@@ -43,13 +58,29 @@ public:
     [[nodiscard]] static const char* GetErrorIndent() noexcept;
 
     /// The names that its lines carry.
-    [[nodiscard]] const char* getClassName() const noexcept { return m_className; }
-    [[nodiscard]] const char* getDomainName() const noexcept { return m_domainName; }
+    [[nodiscard]] const char* getClassName() const noexcept { return m_className.data(); }
+    [[nodiscard]] const char* getDomainName() const noexcept { return m_domainName.data(); }
 
 private:
-    /// Hands a finished line to the capture of the thread and to the sink, whichever want it.
-    static void deliver(QueltInTraceLine&& line);
+    friend class QueltInTraceCapture;
+    friend class QueltInTraceSink;
 
-    const char* m_className;
-    const char* m_domainName;
+    [[nodiscard]] static int isWantedHere() noexcept;
+    /// Starts a line and gives its text; null when the thread traces nothing any more.
+    std::string* beginLine(int level);
+    template <class Piece>
+    QueltInTraceClass& appendToOpenLine(Piece piece);
+    static void append(std::string& text, const char* piece);
+    static void append(std::string& text, int number);
+    static void append(std::string& text, unsigned int number);
+    static void append(std::string& text, const void* pointer);
+    /// Hands a finished line to the capture of the thread and to the sink, whichever want it.
+    static void deliver(const QueltInTraceLine& line);
+
+    /// The open captures of all threads that want everything, and QUELT_TRACE when it does. Nearly always
+    /// none: then no trace object has to look any further.
+    static std::atomic<int> s_howManyWantEverything;
+
+    std::string_view m_className;
+    std::string_view m_domainName;
 };

@@ -2,11 +2,12 @@
 
 #include "infrastructure/QueltInTraceClass.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <mutex>
-#include <string_view>
+#include <string>
 #include <utility>
 
 namespace {
@@ -27,9 +28,10 @@ void appendOnOneLine(std::string& line, std::string_view text) {
 /// "<domain> <class>::<method>: <text>", for an entry "<domain> <class>::<method> > <number>", for an exit
 /// with "<".
 std::string format(const QueltInTraceLine& line) {
-    std::string whole = line.domainName + ' ' + line.className;
+    std::string whole;
+    whole.append(line.domainName).append(" ").append(line.className);
     if (!line.methodName.empty()) {
-        whole += "::" + line.methodName;
+        whole.append("::").append(line.methodName);
     }
     if (line.level == 1 || line.level == 2) {
         whole += line.level == 1 ? " > " : " < ";
@@ -108,7 +110,12 @@ struct Outlet {
     }
 };
 
-const bool s_isAskedForAll = Outlet::instance().environment.asksForAll;
+/// Lines that a capture makes room for at its first one.
+constexpr std::size_t s_firstLines = 32;
+/// The texts of lines stand in blocks of this many bytes, which nearly every conversion gets by with one of.
+constexpr std::size_t s_blockSize = 4096;
+/// Room for more lines than this is given back with the lines.
+constexpr std::size_t s_mostLinesKept = 1024;
 
 thread_local constinit QueltInTraceCapture* t_pInnermost = nullptr;
 thread_local constinit bool t_isWriting = false;
@@ -140,9 +147,15 @@ QueltInTraceSink* QueltInTraceSink::replace(QueltInTraceSink* sink) noexcept {
     return std::exchange(outlet.replacement, sink);
 }
 
-bool QueltInTraceSink::isAskedForAll() noexcept {
-    return s_isAskedForAll;
+bool QueltInTraceSink::readEnvironment() {
+    const bool asksForAll = Outlet::instance().environment.asksForAll;
+    if (asksForAll) {
+        QueltInTraceClass::s_howManyWantEverything.fetch_add(1, std::memory_order_relaxed);
+    }
+    return asksForAll;
 }
+
+const bool QueltInTraceSink::s_isAskedForAll = readEnvironment();
 
 void QueltInTraceSink::hand(const QueltInTraceLine& line) {
     if (t_isWriting) {
@@ -157,9 +170,15 @@ void QueltInTraceSink::hand(const QueltInTraceLine& line) {
 
 QueltInTraceCapture::QueltInTraceCapture(Wanted wanted) : m_wanted(wanted), m_pOuter(t_pInnermost) {
     t_pInnermost = this;
+    if (wanted == Wanted::everything) {
+        QueltInTraceClass::s_howManyWantEverything.fetch_add(1, std::memory_order_relaxed);
+    }
 }
 
 QueltInTraceCapture::~QueltInTraceCapture() {
+    if (m_wanted == Wanted::everything) {
+        QueltInTraceClass::s_howManyWantEverything.fetch_sub(1, std::memory_order_relaxed);
+    }
     for (QueltInTraceCapture** link = &t_pInnermost; *link != nullptr; link = &(*link)->m_pOuter) {
         if (*link == this) {
             *link = m_pOuter;
@@ -169,16 +188,53 @@ QueltInTraceCapture::~QueltInTraceCapture() {
 }
 
 bool QueltInTraceCapture::isEverythingWanted() noexcept {
-    return s_isAskedForAll || (t_pInnermost != nullptr && t_pInnermost->m_wanted == Wanted::everything);
+    return QueltInTraceSink::isAskedForAll() ||
+           (t_pInnermost != nullptr && t_pInnermost->m_wanted == Wanted::everything);
 }
 
 QueltInTraceCapture* QueltInTraceCapture::innermost() noexcept {
     return t_pInnermost;
 }
 
-void QueltInTraceCapture::take(QueltInTraceLine&& line, bool allWereAskedFor) {
+void QueltInTraceCapture::clear() noexcept {
+    m_lines.clear();
+    if (m_lines.capacity() > s_mostLinesKept) {
+        m_lines.shrink_to_fit();
+    }
+    if (!m_blocks.empty()) {
+        m_blocks.resize(1);
+        m_pNext = m_blocks.front().get();
+        m_room = s_blockSize;
+    }
+}
+
+void QueltInTraceCapture::take(const QueltInTraceLine& line, bool allWereAskedFor) {
     if (m_wanted == Wanted::unconditionalLines && allWereAskedFor && !isErrorOrWarning(line)) {
         return;
     }
-    m_lines.push_back(std::move(line));
+    if (m_lines.empty()) {
+        m_lines.reserve(s_firstLines);
+    }
+    QueltInTraceLine kept = line; // the names of class and domain are static
+    kept.methodName = keep(line.methodName);
+    kept.text = keep(line.text);
+    m_lines.push_back(kept);
+}
+
+std::string_view QueltInTraceCapture::keep(std::string_view text) {
+    if (text.empty()) {
+        return {};
+    }
+    char* const kept = text.size() <= m_room ? m_pNext : makeRoom(text.size());
+    std::copy(text.begin(), text.end(), kept);
+    m_pNext = kept + text.size();
+    m_room -= text.size();
+    return {kept, text.size()};
+}
+
+char* QueltInTraceCapture::makeRoom(std::size_t bytes) {
+    const std::size_t size = m_blocks.empty() ? s_blockSize : std::max(bytes, s_blockSize);
+    m_blocks.push_back(std::make_unique_for_overwrite<char[]>(size));
+    m_room = size;
+    return bytes <= size ? m_blocks.back().get() : makeRoom(bytes);
 }

@@ -2,22 +2,25 @@
 
 #include "infrastructure/QueltCoreExport.h"
 
-#include <string>
+#include <cstddef>
+#include <memory>
+#include <string_view>
 #include <vector>
 
-/// One line of the trace facility as data.
+/// One line of the trace facility as data. Its texts are not its own: a sink has them until it has written
+/// the line, of what a capture has taken they stay as long as the capture keeps the line.
 struct QueltInTraceLine {
     /// The class and the domain of the trace object that wrote the line.
-    std::string className;
-    std::string domainName;
+    std::string_view className;
+    std::string_view domainName;
     /// The innermost open method of that object, empty when none was.
-    std::string methodName;
+    std::string_view methodName;
     /// 0 message, 1 method entry, 2 method exit.
     int level = 0;
     /// The source line number that entry and exit lines carry, else 0.
     int lineNumber = 0;
     /// The text of the line.
-    std::string text;
+    std::string_view text;
 
     friend bool operator==(const QueltInTraceLine&, const QueltInTraceLine&) = default;
 };
@@ -36,9 +39,14 @@ public:
     static QueltInTraceSink* replace(QueltInTraceSink* sink) noexcept;
 
 private:
+    friend class QueltInTraceCapture;
     friend class QueltInTraceClass;
+    /// What QUELT_TRACE asks for counts as a capture that is never closed.
+    static bool readEnvironment();
+    static const bool s_isAskedForAll;
+
     /// True when QUELT_TRACE asks for all lines.
-    [[nodiscard]] static bool isAskedForAll() noexcept;
+    [[nodiscard]] static bool isAskedForAll() noexcept { return s_isAskedForAll; }
     /// Hands `line` to the sink of the process. A line that comes out of the writing of another is dropped.
     static void hand(const QueltInTraceLine& line);
 };
@@ -61,8 +69,9 @@ public:
 
     /// The lines so far.
     [[nodiscard]] const std::vector<QueltInTraceLine>& lines() const noexcept { return m_lines; }
-    /// Forgets the lines so far, so that one capture serves many conversions.
-    void clear() noexcept { m_lines.clear(); }
+    /// Forgets the lines so far, so that one capture serves many conversions; room for the usual number of
+    /// lines stays.
+    void clear() noexcept;
 
 private:
     friend class QueltInTraceClass;
@@ -70,8 +79,14 @@ private:
     [[nodiscard]] static bool isEverythingWanted() noexcept;
     /// The capture that takes the lines of this thread, null when there is none.
     [[nodiscard]] static QueltInTraceCapture* innermost() noexcept;
-    void take(QueltInTraceLine&& line, bool allWereAskedFor);
+    void take(const QueltInTraceLine& line, bool allWereAskedFor);
+    [[nodiscard]] std::string_view keep(std::string_view text);
 
+    [[nodiscard]] char* makeRoom(std::size_t bytes);
+
+    std::vector<std::unique_ptr<char[]>> m_blocks; // the first one stays when the lines are forgotten
+    char* m_pNext = nullptr;
+    std::size_t m_room = 0;
     std::vector<QueltInTraceLine> m_lines;
     Wanted m_wanted;
     QueltInTraceCapture* m_pOuter;

@@ -28,7 +28,9 @@ std::string describe(const SyntaxRefusal& refusal, bool isUnfinished) {
 } // namespace
 
 RecordConverter::RecordConverter(const LoadedContext& context, AnswerOptions options)
-    : m_options(options), m_context(context), m_reader(context), m_answerWriter(context), m_writer(m_none) {}
+    : m_options(options), m_context(context), m_reader(context), m_answerWriter(context), m_writer(m_none),
+      m_capture(options.withTrace ? QueltInTraceCapture::Wanted::everything
+                                  : QueltInTraceCapture::Wanted::unconditionalLines) {}
 
 void RecordConverter::convert(const Line& line, PaddedText text, TextBuffer& answers, Counts& counts) {
     m_writer.begin(answers);
@@ -57,8 +59,7 @@ void RecordConverter::convertRecord(simdjson::dom::element root, Counts& counts)
     const QueltInArenaScope scope(m_arena);
     Record record = m_reader.read(root);
     const QueltEeGenericExpression* const expression = record.expression.release(); // goes with the arena
-    const QueltInTraceCapture capture(m_options.withTrace ? QueltInTraceCapture::Wanted::everything
-                                                          : QueltInTraceCapture::Wanted::unconditionalLines);
+    m_capture.clear();
     QueltInMap* map = nullptr;
     const long result = QueltEeTarselMigrationServices::ConvertEeGenericExprToEeExpr(
         *expression, m_context.expressionContext(), record.isChange ? 1 : 0, map, record.basicEffectivity);
@@ -66,12 +67,12 @@ void RecordConverter::convertRecord(simdjson::dom::element root, Counts& counts)
     m_answerWriter.write(m_writer, {.id = record.id,
                                     .result = result,
                                     .map = map,
-                                    .lines = capture.lines(),
+                                    .lines = m_capture.lines(),
                                     .input = m_options.withInput ? expression : nullptr,
                                     .showTrace = m_options.withTrace});
     if (result < 0) {
         ++counts.failed;
-        noteFailure(result, capture.lines());
+        noteFailure(result, m_capture.lines());
     } else {
         ++counts.converted;
     }

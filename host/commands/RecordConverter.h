@@ -41,6 +41,7 @@ private:
     TextBuffer m_none;
     JsonWriter m_writer;
     QueltInArena m_arena;
+    QueltInTraceCapture m_capture;
     FailureTally m_failures;
 };
 

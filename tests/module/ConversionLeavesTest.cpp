@@ -309,6 +309,27 @@ TEST_F(ConversionLeaves, aTrueContentThatGivesNoCopy) {
                   {"ERROR : unexpected"});
 }
 
+TEST_F(ConversionLeaves, inheritedChildrenThatAddNothingComeBackToTheirPlaces) {
+    if (isOptimized()) {
+        GTEST_SKIP() << "inherited effectivities are unknown to the fixed rule";
+    }
+    QueltEeBasicEff& constant = basicWith(new QueltEeTrue);
+    const auto whole = [&](QueltEeNode* last) {
+        return allOf({basicLeaf(constant), v6(), anyOf({basicLeaf(constant), basicLeaf(constant)}), v8(),
+                      basicLeaf(constant), last});
+    };
+    QueltEeNode& converted = plant(whole(basicLeaf()));
+    const std::string text = textOf(converted);
+    EXPECT_EQ(convert(converted).map,
+              Messages{"2: effectivity(Truck: own AND(Engine in {V6}, Engine in {V8}), inherited eff(EFF-7, "
+                       "Truck))"});
+    EXPECT_EQ(textOf(converted), text);
+    expectFailure(plant(whole(notOf(basicLeaf()))), E_FAIL,
+                  {"ERROR : unexpected, we are supposed to be in inh effs part but we have something else "
+                   "than an or or a effleaf",
+                   "ERROR : exploreNodeRefToFindAllBasicEffs failed"});
+}
+
 TEST_F(ConversionLeaves, aBasicEffectivityStandsAlone) {
     QueltEeNode& leaf = plant(basicLeaf());
     EXPECT_EQ(convertAll({&plant(v6()), &leaf}).errors, Messages{s_refusedHere})

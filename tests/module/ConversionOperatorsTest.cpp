@@ -121,10 +121,10 @@ TEST_F(ConversionOperators, setsThatHoldWhatIsNoDictionary) {
 TEST_F(ConversionOperators, partsThatGiveNoCopy) {
     for (const unsigned char isChange : s_bothModes) {
         expectFailure(plant(allOf({leafOf<Uncloneable<QueltEeVarEffLeaf>>(new QueltEeOptionEff(g.engine))})),
-                      E_FAIL, {"ERROR : unexpected", s_analysisFailed.front()}, isChange);
+                      E_FAIL, {"ERROR, unexpected", s_analysisFailed.front()}, isChange);
         expectFailure(
             plant(notOf(leafOf<ClonedToNothing<QueltEeVarEffLeaf>>(new QueltEeOptionEff(g.engine)))), E_FAIL,
-            {"ERROR : unexpected", s_analysisFailed.front()}, isChange);
+            {"ERROR, unexpected", s_analysisFailed.front()}, isChange);
     }
 }
 

@@ -79,7 +79,7 @@ private:
         for (const QueltInTraceLine& line : captured.lines()) {
             if (line.text.starts_with(QueltInTraceClass::GetErrorIndent()) ||
                 line.text.starts_with("ERROR")) {
-                messages.push_back(line.text);
+                messages.emplace_back(line.text);
             }
         }
         return messages;

@@ -149,7 +149,7 @@ TEST_F(MigrationServices, namesItsSourceFileInErrorReports) {
     const QueltEeGenericExpression neither;
     const CapturedErrors captured;
     EXPECT_EQ(Services::ConvertEeGenericExprToEeExpr(neither, garage.context, 0, map, nullptr), E_FAIL);
-    const std::string location = captured.lines().front().text;
+    const std::string_view location = captured.lines().front().text;
     EXPECT_TRUE(location.starts_with("[ERROR] QueltDataMigration.m/src/QueltEeTarselMigrationServices.cpp("))
         << location;
     EXPECT_EQ(captured.lines().back().text, "        ERROR : unexpected");

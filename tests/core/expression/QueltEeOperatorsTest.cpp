@@ -151,6 +151,32 @@ TEST_F(QueltEeOperatorsTest, WhatIsRemovedStandsAloneAndIsTheCallers) {
     EXPECT_EQ(textOf(*first), "TRUE");
 }
 
+TEST_F(QueltEeOperatorsTest, ManyMayBeRemovedAndComeBackInOnePassEach) {
+    OwnedReference group = allOf(counted(), notOf(counted()), anyOf(counted()));
+    QueltInLinkList& children = groupIn(*group).getChildren();
+    QueltEeNodeRef* const first = &childOf(groupIn(*group), 0);
+    QueltEeNodeRef* const last = &childOf(groupIn(*group), 2);
+    const std::string whole = textOf(*group);
+    EXPECT_EQ(children.RemoveEach(std::array{0U, 2U}), S_OK);
+    EXPECT_EQ(textOf(*group), "AND(NOT(TRUE))");
+    EXPECT_TRUE(first->standsAlone());
+    EXPECT_TRUE(last->standsAlone());
+    QueltEeNodeRef empty;
+    using Placed = QueltInLinkList::Placed;
+    EXPECT_EQ(children.SetEach(std::array{Placed{0, first}, Placed{1, group.get()}}), E_INVALIDARG)
+        << "a group is no child of its own";
+    EXPECT_EQ(children.SetEach(std::array{Placed{0, first}, Placed{1, &empty}}), E_POINTER);
+    EXPECT_EQ(children.SetEach(std::array{Placed{0, first}, Placed{3, last}}), E_INVALIDARG);
+    EXPECT_TRUE(first->standsAlone());
+    EXPECT_EQ(children.SetEach(std::array{Placed{0, first}, Placed{2, last}}), S_OK);
+    EXPECT_EQ(textOf(*group), whole);
+    EXPECT_EQ(&childOf(groupIn(*group), 0), first);
+    EXPECT_FALSE(last->standsAlone());
+    EXPECT_EQ(m_alive, 3);
+    group.reset();
+    EXPECT_EQ(m_alive, 0);
+}
+
 TEST_F(QueltEeOperatorsTest, ARemovedAliasMayComeBack) {
     const OwnedReference parent = allOf(counted());
     OwnedReference group = allOf();

@@ -76,6 +76,44 @@ TEST_F(QueltInLinkListTest, RemoveTakesOutWithoutDeleting) {
     EXPECT_EQ(Part::s_alive, before);
 }
 
+TEST_F(QueltInLinkListTest, RemoveEachAndSetEachAreOnePassEach) {
+    QueltInLinkList::iterator iterator = m_list.Begin();
+    static_cast<void>(iterator.GetGoToNext());
+    static_cast<void>(iterator.GetGoToNext());
+    EXPECT_EQ(m_list.RemoveEach(std::array{0U, 2U, 4U}), S_OK);
+    EXPECT_EQ(elementsOf(m_list), (Elements{&m_parts[1], &m_parts[3]}));
+    EXPECT_EQ(iterator.Get(), &m_parts[3]);
+    using Placed = QueltInLinkList::Placed;
+    EXPECT_EQ(
+        m_list.SetEach(std::array{Placed{0, &m_parts[0]}, Placed{2, &m_parts[2]}, Placed{4, &m_parts[4]}}),
+        S_OK);
+    EXPECT_EQ(elementsOf(m_list),
+              (Elements{&m_parts[0], &m_parts[1], &m_parts[2], &m_parts[3], &m_parts[4]}));
+    EXPECT_EQ(iterator.Get(), &m_parts[2]) << "what is set exactly where an iterator stands comes next";
+    EXPECT_EQ(m_list.RemoveEach({}), S_OK);
+    EXPECT_EQ(m_list.SetEach({}), S_OK);
+    EXPECT_EQ(m_list.GetLength(), 5);
+}
+
+TEST_F(QueltInLinkListTest, RemoveEachAndSetEachRefuseAsAWhole) {
+    using Placed = QueltInLinkList::Placed;
+    Part part;
+    Part another;
+    QueltInString text;
+    EXPECT_EQ(m_list.RemoveEach(std::array{1U, 5U}), E_INVALIDARG);
+    EXPECT_EQ(m_list.RemoveEach(std::array{2U, 1U}), E_INVALIDARG);
+    EXPECT_EQ(m_list.RemoveEach(std::array{1U, 1U}), E_INVALIDARG);
+    EXPECT_EQ(m_list.SetEach(std::array{Placed{0, &part}, Placed{7, &another}}), E_INVALIDARG);
+    EXPECT_EQ(m_list.SetEach(std::array{Placed{1, &part}, Placed{0, &another}}), E_INVALIDARG);
+    EXPECT_EQ(m_list.SetEach(std::array{Placed{1, &part}, Placed{1, &another}}), E_INVALIDARG);
+    EXPECT_EQ(m_list.SetEach(std::array{Placed{1, &part}, Placed{2, &text}}), E_INVALIDARG);
+    EXPECT_EQ(m_list.SetEach(std::array{Placed{1, nullptr}}), E_INVALIDARG);
+    EXPECT_EQ(elementsOf(m_list),
+              (Elements{&m_parts[0], &m_parts[1], &m_parts[2], &m_parts[3], &m_parts[4]}));
+    EXPECT_EQ(m_list.SetEach(std::array{Placed{0, &part}, Placed{6, &another}}), S_OK) << "one past the last";
+    EXPECT_EQ(m_list.GetLength(), 7);
+}
+
 TEST_F(QueltInLinkListTest, PopBackTakesTheLast) {
     for (std::size_t left = m_parts.size(); left > 0; --left) {
         EXPECT_EQ(m_list.PopBack(), &m_parts[left - 1]);

@@ -10,9 +10,11 @@
 #include <atomic>
 #include <climits>
 #include <cstdint>
+#include <deque>
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <vector>
 
@@ -23,8 +25,8 @@ using Wanted = QueltInTraceCapture::Wanted;
 QueltInTraceClass s_trace("SampleClass", "SampleDomain");
 QueltInTraceClass s_otherTrace("OtherClass", "OtherDomain");
 
-QueltInTraceLine line(std::string method, std::string text, int level = 0, int number = 0) {
-    return {"SampleClass", "SampleDomain", std::move(method), level, number, std::move(text)};
+QueltInTraceLine line(std::string_view method, std::string_view text, int level = 0, int number = 0) {
+    return {"SampleClass", "SampleDomain", method, level, number, text};
 }
 
 void message(QueltInTraceClass& trace, const char* text) {
@@ -39,15 +41,19 @@ public:
     ~CollectingSink() override { replace(m_pFormer); }
     void write(const QueltInTraceLine& written) override {
         EXPECT_FALSE(m_isWriting.exchange(true)) << "one thread at a time";
-        m_lines.push_back(written);
+        m_lines.push_back({written.className, written.domainName, keep(written.methodName), written.level,
+                           written.lineNumber, keep(written.text)});
         m_isWriting = false;
     }
     const std::vector<QueltInTraceLine>& lines() const { return m_lines; }
     QueltInTraceSink* former() const { return m_pFormer; }
 
 private:
+    std::string_view keep(std::string_view text) { return m_texts.emplace_back(text); }
+
     QueltInTraceSink* m_pFormer;
     std::vector<QueltInTraceLine> m_lines;
+    std::deque<std::string> m_texts;
     std::atomic<bool> m_isWriting = false;
 };
 

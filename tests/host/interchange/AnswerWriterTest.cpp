@@ -16,13 +16,13 @@ namespace {
 using test::contextOf;
 using test::sampleContext;
 
-QueltInTraceLine line(std::string text, int level = 0, std::string method = "convert") {
+QueltInTraceLine line(std::string_view text, int level = 0, std::string_view method = "convert") {
     QueltInTraceLine result;
     result.className = "Service";
     result.domainName = "QueltDataMigration";
-    result.methodName = std::move(method);
+    result.methodName = method;
     result.level = level;
-    result.text = std::move(text);
+    result.text = text;
     return result;
 }
 

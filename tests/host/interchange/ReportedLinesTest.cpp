@@ -7,12 +7,12 @@ namespace {
 
 using testing::ElementsAre;
 
-QueltInTraceLine line(std::string text, int level = 0, std::string domain = "QueltDataMigration") {
+QueltInTraceLine line(std::string_view text, int level = 0, std::string_view domain = "QueltDataMigration") {
     QueltInTraceLine result;
     result.className = "Class";
-    result.domainName = std::move(domain);
+    result.domainName = domain;
     result.level = level;
-    result.text = std::move(text);
+    result.text = text;
     return result;
 }
 

@@ -19,7 +19,7 @@ public:
         std::vector<std::string> texts;
         for (const QueltInTraceLine& line : m_capture.lines()) {
             if (line.level != 0) {
-                texts.push_back((line.level == 1 ? "> " : "< ") + line.methodName);
+                texts.emplace_back(line.level == 1 ? "> " : "< ").append(line.methodName);
             } else if (!line.text.starts_with(QueltInTraceClass::GetError())) {
                 texts.push_back(withoutIndentation(line.text));
             }

@@ -233,6 +233,12 @@ public:
         long Remove(unsigned int position) override {
             return m_refusesRemove ? s_coreFailure : QueltInLinkList::Remove(position);
         }
+        long RemoveEach(std::span<const std::uint32_t> positions) override {
+            return m_refusesRemove ? s_coreFailure : QueltInLinkList::RemoveEach(positions);
+        }
+        long SetEach(std::span<const Placed> placed) override {
+            return m_refusesSet ? s_coreFailure : QueltInLinkList::SetEach(placed);
+        }
         bool m_refusesSet = false;
         bool m_refusesRemove = false;
     };
