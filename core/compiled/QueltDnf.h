@@ -55,8 +55,10 @@ public:
     [[nodiscard]] static long make(const QueltEeNode& node, bool negated, QueltDnf*& dnf);
 
 private:
+    friend class QueltFltEffectivityView;
     std::vector<Conjunction> m_conjunctions;
     std::size_t m_literals = 0;
     std::size_t m_values = 0;
+    bool m_isHeld = false; // by a view
 };
 extern template class QueltInTyped<QueltDnf, QueltInObject>;
