@@ -15,7 +15,7 @@ public:
     QueltCompiledBinaryParser() = delete;
 
     /// The longest compiled binary, in bytes.
-    static constexpr std::size_t s_maxBytes = std::size_t{64} * 1024 * 1024;
+    static constexpr std::size_t s_maxBytes = std::size_t{16} * 1024 * 1024;
 
     /// Reads a new QueltFltEffectivity from `buffer`, which is empty afterwards, whatever the result. The
     /// caller owns `object`; it also owns what the leaves refer to: a QueltEePredefEff for each effectivity,

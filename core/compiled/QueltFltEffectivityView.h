@@ -34,7 +34,7 @@ public:
     /// dictionary is none of the contexts. Other views may have failures of their own.
     virtual long getDnf(const QueltInGuid& guid, QueltDnf*& dnf) const;
 
-    /// "view(<guid>: AND(eff(ECO-1, none), ...), <guid>: TRUE)".
+    /// "view(<guid>: AND(eff(ECO-1), ...), <guid>: TRUE)".
     [[nodiscard]] QueltInString toString() const override;
 
 private:
