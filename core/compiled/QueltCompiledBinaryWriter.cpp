@@ -120,7 +120,7 @@ private:
             names.push_back(variable->getValueName(value));
         }
         std::ranges::sort(names);
-        names.erase(std::ranges::unique(names).begin(), names.end());
+        names.erase(std::unique(names.begin(), names.end()), names.end());
         putKind(format::optionBit, option.isNegated() != 0);
         put(variable->getGuid().getBytes());
         putNumber(names.size());

@@ -5,7 +5,10 @@
 
 #include "infrastructure/QueltInMemory.h"
 
+#include <filesystem>
+#include <fstream>
 #include <functional>
+#include <iterator>
 
 namespace {
 
@@ -307,8 +310,8 @@ std::vector<std::pair<const char*, Bytes>> greedyBinaries() {
                 bytes.text({&name, 1});
             }
         });
-    add("things without end", CompiledBytes().onlyDnf(1).number(count + 1), count,
-        [](CompiledBytes& bytes, std::uint32_t number) { bytes.effectivity(number); });
+    add("options, and a few more that are missing", CompiledBytes().onlyDnf(1).number(count + 100), count,
+        [](CompiledBytes& bytes, std::uint32_t number) { bytes.option(number, 0); });
     return all;
 }
 
@@ -316,6 +319,7 @@ TEST(QueltCompiledBinaryParser, AllocatesInProportionToTheBytes) {
     if (!heapIsMetered()) {
         GTEST_SKIP() << "the sanitizer's own operators are in use";
     }
+    std::size_t all = 0;
     for (const auto& [name, bytes] : greedyBinaries()) {
         QueltBioBuffer buffer(bytes);
         QueltInObject* object = nullptr;
@@ -323,10 +327,28 @@ TEST(QueltCompiledBinaryParser, AllocatesInProportionToTheBytes) {
         static_cast<void>(QueltCompiledBinaryParser::Read(buffer, object));
         const std::size_t taken = heapBytesAskedFor() - before;
         delete object;
+        all += taken;
         EXPECT_LE(taken, 64 * bytes.size() + 65'536)
             << name << ": " << static_cast<double>(taken) / static_cast<double>(bytes.size())
             << " for a byte";
     }
+    EXPECT_GT(all, 1'000'000U); // else nothing was counted
+}
+
+TEST(QueltCompiledBinaryParser, ReadsTheFuzzCorpusAsItsNamesSay) {
+    std::size_t valid = 0;
+    std::size_t broken = 0;
+    for (const auto& file : std::filesystem::directory_iterator(QUELT_SOURCE_DIR "/fuzz/corpus/compiled")) {
+        std::ifstream stream(file.path(), std::ios::binary);
+        const std::string content{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+        const Bytes bytes(content.begin(), content.end());
+        const std::string name = file.path().filename().string();
+        ++(name.starts_with("valid-") ? valid : broken);
+        long result = S_OK;
+        EXPECT_EQ(readBytes(bytes, result) != nullptr, name.starts_with("valid-")) << name;
+    }
+    EXPECT_GE(valid, 10U);
+    EXPECT_GE(broken, 10U);
 }
 
 TEST(QueltCompiledBinaryParser, LeavesNothingOnTheHeapInAnArena) {

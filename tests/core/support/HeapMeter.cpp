@@ -1,6 +1,11 @@
 #include "core/support/HeapMeter.h"
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+#define QUELT_IS_SANITIZED
+#endif
+#endif
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || defined(QUELT_IS_SANITIZED)
 
 bool heapIsMetered() noexcept {
     return false;
