@@ -8,7 +8,7 @@ set -euo pipefail
 cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.."
 seconds=${1:-60}
 scripts/setup.sh fuzz
-scripts/build.sh fuzz
+scripts/build.sh fuzz quelt-fuzz
 source scripts/fixed-addresses.sh
 
 mkdir -p build/fuzz/artifacts

@@ -335,6 +335,19 @@ TEST(QueltCompiledBinaryParser, AllocatesInProportionToTheBytes) {
     EXPECT_GT(all, 1'000'000U); // else nothing was counted
 }
 
+TEST(QueltCompiledBinaryParser, TakesNoMoreThanThatOfAnArena) {
+    for (const auto& [name, bytes] : greedyBinaries()) {
+        QueltBioBuffer buffer(bytes);
+        QueltInArena arena;
+        const QueltInArenaScope scope(arena);
+        QueltInObject* object = nullptr;
+        static_cast<void>(QueltCompiledBinaryParser::Read(buffer, object));
+        EXPECT_LE(arena.bytesInUse(), 64 * bytes.size() + 65'536) << name;
+        EXPECT_EQ(object == nullptr, bytes.size() < 100 || std::string_view(name).ends_with("missing"))
+            << name;
+    }
+}
+
 TEST(QueltCompiledBinaryParser, ReadsTheFuzzCorpusAsItsNamesSay) {
     std::size_t valid = 0;
     std::size_t broken = 0;
