@@ -94,20 +94,35 @@ public:
         : m_reader(bytes), m_effectivity(effectivity) {}
 
     long run() {
-        std::uint32_t count = 0;
-        if (!m_reader.takeCount(s_leastDomain, count)) {
-            return E_INVALIDARG;
-        }
-        std::optional<std::uint32_t> previous;
-        for (std::uint32_t position = 0; position < count; ++position) {
-            if (const long result = readDomain(previous); result < 0) {
-                return result;
-            }
-        }
-        return m_reader.isAtEnd() ? S_OK : E_INVALIDARG;
+        std::optional<std::uint32_t> number;
+        const long result = readEach(s_leastDomain, [&] { return readDomain(number); });
+        return result >= 0 && !m_reader.isAtEnd() ? E_INVALIDARG : result;
     }
 
 private:
+    /// Reads how many things follow, of at least `leastSize` bytes each, and then each of them.
+    template <class ReadOne>
+    long readEach(std::size_t leastSize, ReadOne readOne) {
+        std::uint32_t count = 0;
+        if (!m_reader.takeCount(leastSize, count)) {
+            return E_INVALIDARG;
+        }
+        long result = S_OK;
+        for (std::uint32_t position = 0; position < count && result >= 0; ++position) {
+            result = readOne();
+        }
+        return result;
+    }
+
+    /// Gives up a part that its whole has taken over, as `result` says, or refused.
+    template <class Part>
+    static long handOver(std::unique_ptr<Part>& part, long result) noexcept {
+        if (result >= 0) {
+            static_cast<void>(part.release());
+        }
+        return result;
+    }
+
     /// Takes a number that must be greater than the one before it, if there is one.
     [[nodiscard]] bool takeAscending(std::optional<std::uint32_t>& previous) noexcept {
         std::uint32_t number = 0;
@@ -119,71 +134,42 @@ private:
     }
 
     long readDomain(std::optional<std::uint32_t>& number) {
-        std::uint32_t count = 0;
-        if (!takeAscending(number) || !m_reader.takeCount(s_leastView, count)) {
+        if (!takeAscending(number)) {
             return E_INVALIDARG;
         }
         auto domain = std::make_unique<QueltFltDomainEffectivity>();
         std::optional<std::uint32_t> kind;
-        for (std::uint32_t position = 0; position < count; ++position) {
-            if (const long result = readView(*domain, kind); result < 0) {
-                return result;
-            }
-        }
-        const long result = m_effectivity.addDomain(*number, domain.get());
-        if (result >= 0) {
-            static_cast<void>(domain.release());
-        }
-        return result;
+        const long result = readEach(s_leastView, [&] { return readView(*domain, kind); });
+        return result >= 0 ? handOver(domain, m_effectivity.addDomain(*number, domain.get())) : result;
     }
 
     long readView(QueltFltDomainEffectivity& domain, std::optional<std::uint32_t>& kind) {
-        std::uint32_t count = 0;
-        if (!takeAscending(kind) || !m_reader.takeCount(s_leastContext, count)) {
+        if (!takeAscending(kind)) {
             return E_INVALIDARG;
         }
         auto view = std::make_unique<QueltFltEffectivityView>();
-        for (std::uint32_t position = 0; position < count; ++position) {
-            if (const long result = readContext(*view); result < 0) {
-                return result;
-            }
-        }
-        const long result = domain.addView(static_cast<QueltExpressionView>(*kind), view.get());
-        if (result >= 0) {
-            static_cast<void>(view.release());
-        }
-        return result;
+        const long result = readEach(s_leastContext, [&] { return readContext(*view); });
+        return result >= 0
+                   ? handOver(view, domain.addView(static_cast<QueltExpressionView>(*kind), view.get()))
+                   : result;
     }
 
     long readContext(QueltFltEffectivityView& view) {
         QueltInGuid guid;
-        std::uint32_t count = 0;
-        if (!m_reader.takeGuid(guid) || !m_reader.takeCount(s_leastConjunction, count)) {
+        if (!m_reader.takeGuid(guid)) {
             return E_INVALIDARG;
         }
         auto dnf = std::make_unique<QueltDnf>();
-        for (std::uint32_t position = 0; position < count; ++position) {
-            if (const long result = readConjunction(*dnf); result < 0) {
-                return result;
-            }
-        }
-        const long result = view.addContext(guid, dnf.get());
+        long result = readEach(s_leastConjunction, [&] { return readConjunction(*dnf); });
         if (result >= 0) {
-            static_cast<void>(dnf.release());
+            result = handOver(dnf, view.addContext(guid, dnf.get()));
         }
         return result == E_ALREADYTHERE ? E_INVALIDARG : result;
     }
 
     long readConjunction(QueltDnf& dnf) {
-        std::uint32_t count = 0;
-        if (!m_reader.takeCount(s_leastLiteral, count)) {
-            return E_INVALIDARG;
-        }
-        long result = dnf.addConjunction();
-        for (std::uint32_t position = 0; position < count && result >= 0; ++position) {
-            result = readLiteral(dnf);
-        }
-        return result;
+        const long result = dnf.addConjunction();
+        return result >= 0 ? readEach(s_leastLiteral, [&] { return readLiteral(dnf); }) : result;
     }
 
     long readLiteral(QueltDnf& dnf) {
@@ -202,11 +188,7 @@ private:
         if ((kind & format::negatedBit) != 0) {
             leaf->opNot();
         }
-        const long result = dnf.addLiteral(literal.get());
-        if (result >= 0) {
-            static_cast<void>(literal.release());
-        }
-        return result;
+        return handOver(literal, dnf.addLiteral(literal.get()));
     }
 
     QueltEeNodeElementaryLeaf* makeEffectivityLeaf(const QueltInGuid& guid) {

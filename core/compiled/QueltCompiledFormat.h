@@ -27,8 +27,8 @@ inline constexpr std::uint8_t optionBit = 2;
 void putNumberAt(std::span<std::uint8_t> bytes, std::size_t position, std::uint32_t number) noexcept;
 
 /// The checksum of a binary, which has a header: the CRC-32 of RFC 1952, section 8 (polynomial 0xEDB88320,
-/// lowest bit first), over all bytes but the checksum's own. It differs for any two binaries that differ in
-/// one bit, or in one run of up to 32.
+/// lowest bit first), over all bytes but the checksum's own. A change of one bit of those, or of any bits
+/// within 32 in a row, changes it.
 [[nodiscard]] std::uint32_t checksumOf(std::span<const std::uint8_t> binary) noexcept;
 
 } // namespace quelt::compiledFormat
