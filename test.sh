@@ -2,9 +2,10 @@
 # Sets up what is missing, builds, and runs the tests.
 #
 #     ./test.sh             release and asan, one after the other
-#     ./test.sh PRESET...   the presets named, out of: release debug asan tsan
+#     ./test.sh PRESET...   the presets named, out of: release debug asan tsan fuzz
 #
-# The thread sanitizer (tsan) is for whoever changes what threads share: with it, a run takes half as long again.
+# The thread sanitizer (tsan) is for whoever changes what threads share: with it, a run takes half as long again. The
+# preset fuzz runs each fuzz target for a minute, see scripts/fuzz.sh.
 set -euo pipefail
 
 cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")"
@@ -14,22 +15,22 @@ if [ $# -eq 0 ]; then
 fi
 for preset in "${presets[@]}"; do
     case $preset in
-    release | debug | asan | tsan) ;;
+    release | debug | asan | tsan | fuzz) ;;
     *)
-        echo "test: no such preset: $preset (release, debug, asan and tsan are known)" >&2
+        echo "test: no such preset: $preset (release, debug, asan, tsan and fuzz are known)" >&2
         exit 2
         ;;
     esac
 done
 
-# The sanitizers keep their shadow memory at fixed addresses, which a kernel that randomises much may have given away.
-fixed_addresses=()
-if setarch "$(uname -m)" -R true 2>/dev/null; then
-    fixed_addresses=(setarch "$(uname -m)" -R)
-fi
+source scripts/fixed-addresses.sh
 
 scripts/setup.sh
 for preset in "${presets[@]}"; do
+    if [ "$preset" = fuzz ]; then
+        scripts/fuzz.sh
+        continue
+    fi
     scripts/build.sh "$preset"
     echo "test: $preset" >&2
     case $preset in

@@ -1,6 +1,8 @@
 #!/usr/bin/env bash
 # Sees to it that the Debian packages are there that building and testing need. Installs what is missing when that is
 # possible (as root, or through sudo); else names it and ends with status 2.
+#
+#     setup.sh [fuzz]   fuzz: what fuzzing needs, too
 set -euo pipefail
 
 packages=(
@@ -9,6 +11,9 @@ packages=(
     libgtest-dev libgmock-dev libbenchmark-dev   # tests and benchmarks
     binutils python3 clang-format-14             # checks that the tests run
 )
+if [ "${1:-}" = fuzz ]; then
+    packages+=(clang-14 libclang-rt-14-dev)
+fi
 
 say() { printf '%s\n' "$*" >&2; }
 

@@ -1,39 +1,13 @@
 #include "compiled/QueltDnf.h"
 
 #include "compiled/QueltDnfLiterals.h"
-#include "expression/QueltEeLeaves.h"
-#include "expression/QueltEeOperators.h"
+#include "compiled/QueltDnfTree.h"
 #include "infrastructure/QueltInResult.h"
 #include "infrastructure/QueltInTypedDefinition.h"
 
 #include <memory>
 
 template class QueltInTyped<QueltDnf, QueltInObject>;
-
-namespace {
-
-using OwnedTree = std::unique_ptr<QueltEeNodeRef>;
-
-OwnedTree makeTreeOf(const QueltDnf::Conjunction& conjunction) {
-    if (conjunction.size() == 1) {
-        return OwnedTree(conjunction.front()->getNode()->clone());
-    }
-    if (conjunction.empty()) {
-        return OwnedTree((new QueltEeTrue)->getNodeRef());
-    }
-    auto* const group = new QueltEeAndOp;
-    OwnedTree tree(group->getNodeRef());
-    for (const QueltEeNodeRef* const literal : conjunction) {
-        QueltEeNodeRef* const copy = literal->getNode()->clone();
-        if (copy == nullptr) {
-            return nullptr;
-        }
-        group->getChildren().PutBack(*copy);
-    }
-    return tree;
-}
-
-} // namespace
 
 QueltDnf::QueltDnf() = default;
 
@@ -73,26 +47,11 @@ long QueltDnf::addLiteral(QueltEeNodeRef* literal) {
 }
 
 QueltEeNodeRef* QueltDnf::makeTree() const {
-    if (m_conjunctions.empty()) {
-        return (new QueltEeFalse)->getNodeRef();
-    }
-    if (m_conjunctions.size() == 1) {
-        return makeTreeOf(m_conjunctions.front()).release();
-    }
-    auto* const group = new QueltEeOrOp;
-    OwnedTree tree(group->getNodeRef());
-    for (const Conjunction& conjunction : m_conjunctions) {
-        QueltEeNodeRef* const branch = makeTreeOf(conjunction).release();
-        if (branch == nullptr) {
-            return nullptr;
-        }
-        group->getChildren().PutBack(*branch);
-    }
-    return tree.release();
+    return quelt::makeDnfTree(*this, [](const QueltEeNode& leaf) { return leaf.clone(); });
 }
 
 QueltInString QueltDnf::toString() const {
     const QueltInHeapScope scratch;
-    const OwnedTree tree(makeTree());
+    const std::unique_ptr<QueltEeNodeRef> tree(makeTree());
     return tree != nullptr ? tree->toString() : QueltInString("null");
 }

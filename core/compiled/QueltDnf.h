@@ -1,9 +1,9 @@
 #pragma once
 
+#include "infrastructure/QueltInMemory.h"
 #include "infrastructure/QueltInTyped.h"
 
 #include <cstddef>
-#include <vector>
 
 class QueltEeNode;
 class QueltEeNodeRef;
@@ -21,7 +21,7 @@ public:
     static constexpr std::size_t s_maxLiterals = 200'000;
     static constexpr std::size_t s_maxValues = 4'000'000;
 
-    using Conjunction = std::vector<QueltEeNodeRef*>;
+    using Conjunction = QueltInVector<QueltEeNodeRef*>;
 
     /// FALSE.
     QueltDnf();
@@ -36,7 +36,9 @@ public:
     /// effectivity; E_OUTOFMEMORY at a limit; it stays the caller's then. E_POINTER for null.
     long addLiteral(QueltEeNodeRef* literal);
     /// The conjunctions, in order.
-    [[nodiscard]] const std::vector<Conjunction>& getConjunctions() const noexcept { return m_conjunctions; }
+    [[nodiscard]] const QueltInVector<Conjunction>& getConjunctions() const noexcept {
+        return m_conjunctions;
+    }
     /// The form as a tree of copies: FALSE, TRUE, a leaf, an AND, or an OR of such. The caller owns it. Null
     /// when a leaf gives no copy.
     [[nodiscard]] QueltEeNodeRef* makeTree() const;
@@ -55,8 +57,10 @@ public:
     [[nodiscard]] static long make(const QueltEeNode& node, bool negated, QueltDnf*& dnf);
 
 private:
-    std::vector<Conjunction> m_conjunctions;
+    friend class QueltFltEffectivityView;
+    QueltInVector<Conjunction> m_conjunctions;
     std::size_t m_literals = 0;
     std::size_t m_values = 0;
+    bool m_isHeld = false; // by a view
 };
 extern template class QueltInTyped<QueltDnf, QueltInObject>;

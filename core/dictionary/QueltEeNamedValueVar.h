@@ -1,13 +1,15 @@
 #pragma once
 
 #include "dictionary/QueltEeVariable.h"
+#include "infrastructure/QueltInMemory.h"
 #include "infrastructure/QueltInNamePool.h"
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string_view>
 #include <unordered_map>
-#include <vector>
+#include <utility>
 
 /// A variable whose values have names. Values are known by their number, 0 for the first that was added.
 class QUELT_CORE_API QueltEeNamedValueVar : public QueltInTyped<QueltEeNamedValueVar, QueltEeVariable> {
@@ -28,8 +30,12 @@ public:
     [[nodiscard]] bool agreesWith(const QueltEeNamedValueVar& other) const;
 
 private:
-    std::vector<QueltInName> m_values;
-    std::unordered_map<std::string_view, std::uint32_t> m_numbers; // keys stand in m_values
+    using Numbers =
+        std::unordered_map<std::string_view, std::uint32_t, std::hash<std::string_view>, std::equal_to<>,
+                           QueltInAllocator<std::pair<const std::string_view, std::uint32_t>>>;
+
+    QueltInVector<QueltInName> m_values;
+    Numbers m_numbers; // keys stand in m_values
 };
 extern template class QueltInTyped<QueltEeNamedValueVar, QueltEeVariable>;
 

@@ -1,0 +1,3 @@
+#include "compiled/QueltIDictionaryModelerAccess.h"
+
+QueltIDictionaryModelerAccess::~QueltIDictionaryModelerAccess() = default;
