@@ -11,10 +11,10 @@ constexpr std::size_t s_readSize = std::size_t{256} << 10U;
 
 } // namespace
 
-BatchPipeline::BatchPipeline(const LoadedContext& context, AnswerOptions options, unsigned jobs,
-                             ByteSource& input, ByteSink& output, Progress& progress)
-    : m_context(context), m_options(options), m_jobs(jobs), m_input(input), m_output(output),
-      m_progress(progress), m_slots(jobs + 3U) {} // one being read, one being written, one in reserve
+BatchPipeline::BatchPipeline(const MakeLineConverter& makeConverter, unsigned jobs, ByteSource& input,
+                             ByteSink& output, Progress& progress)
+    : m_makeConverter(makeConverter), m_jobs(jobs), m_input(input), m_output(output), m_progress(progress),
+      m_slots(jobs + 3U) {} // one being read, one being written, one in reserve
 
 RunResult BatchPipeline::run() {
     std::vector<std::thread> threads;
@@ -65,16 +65,16 @@ void BatchPipeline::read() {
 }
 
 void BatchPipeline::work() {
-    RecordConverter converter(m_context, m_options);
+    const std::unique_ptr<LineConverter> converter = m_makeConverter();
     while (Slot* const slot = awaitWork()) {
         slot->counts = {};
         for (const Line& line : slot->batch.lines()) {
-            converter.convert(line, slot->batch.textOf(line), slot->answers, slot->counts);
+            converter->convert(line, slot->batch.textOf(line), slot->answers, slot->counts);
         }
         setState(*slot, State::converted);
     }
     const std::lock_guard lock(m_mutex);
-    m_result.failures.add(converter.failures());
+    m_result.failures.add(converter->failures());
 }
 
 void BatchPipeline::write() {

@@ -14,9 +14,9 @@ namespace quelt::host {
 /// lock is taken a few times for each batch, never for a record.
 class BatchPipeline {
 public:
-    /// See runConversion; `jobs` workers.
-    BatchPipeline(const LoadedContext& context, AnswerOptions options, unsigned jobs, ByteSource& input,
-                  ByteSink& output, Progress& progress);
+    /// See runConversion; `jobs` workers. `makeConverter` must outlive the pipeline.
+    BatchPipeline(const MakeLineConverter& makeConverter, unsigned jobs, ByteSource& input, ByteSink& output,
+                  Progress& progress);
 
     /// Runs once.
     [[nodiscard]] RunResult run();
@@ -44,8 +44,7 @@ private:
     void setState(Slot& slot, State state);
     void stop(std::exception_ptr error);
 
-    const LoadedContext& m_context;
-    AnswerOptions m_options;
+    const MakeLineConverter& m_makeConverter;
     unsigned m_jobs;
     ByteSource& m_input;
     ByteSink& m_output;

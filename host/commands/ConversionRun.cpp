@@ -9,10 +9,10 @@ namespace {
 constexpr std::size_t s_readSize = std::size_t{1} << 20U;
 constexpr std::size_t s_writeSize = std::size_t{1} << 20U;
 
-RunResult runOnThisThread(const LoadedContext& context, AnswerOptions options, ByteSource& input,
-                          ByteSink& output, Progress& progress) {
+RunResult runOnThisThread(const MakeLineConverter& makeConverter, ByteSource& input, ByteSink& output,
+                          Progress& progress) {
     RunResult result;
-    RecordConverter converter(context, options);
+    const std::unique_ptr<LineConverter> converter = makeConverter();
     TextBuffer answers;
     const auto flush = [&](std::uint64_t bytesRead) {
         progress.clearForAnswers();
@@ -30,7 +30,7 @@ RunResult runOnThisThread(const LoadedContext& context, AnswerOptions options, B
     try {
         while (!result.writeFailure && reader.fill(batch)) {
             for (const Line& line : batch.lines()) {
-                converter.convert(line, batch.textOf(line), answers, result.counts);
+                converter->convert(line, batch.textOf(line), answers, result.counts);
                 if (answers.GetSize() >= s_writeSize) {
                     flush(batch.endOfInput());
                 }
@@ -43,18 +43,18 @@ RunResult runOnThisThread(const LoadedContext& context, AnswerOptions options, B
     } catch (const StreamFailure& failure) {
         result.readFailure = failure;
     }
-    result.failures = converter.failures();
+    result.failures = converter->failures();
     return result;
 }
 
 } // namespace
 
-RunResult runConversion(const LoadedContext& context, AnswerOptions options, unsigned jobs, ByteSource& input,
+RunResult runConversion(const MakeLineConverter& makeConverter, unsigned jobs, ByteSource& input,
                         ByteSink& output, Progress& progress) {
     if (jobs <= 1) {
-        return runOnThisThread(context, options, input, output, progress);
+        return runOnThisThread(makeConverter, input, output, progress);
     }
-    return BatchPipeline(context, options, jobs, input, output, progress).run();
+    return BatchPipeline(makeConverter, jobs, input, output, progress).run();
 }
 
 } // namespace quelt::host

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "commands/Command.h"
-#include "commands/ConversionRun.h"
+#include "commands/RecordConverter.h"
+#include "commands/RecordsCommand.h"
 
 #include <memory>
 #include <string>
@@ -9,23 +9,19 @@
 namespace quelt::host {
 
 /// `convert`: converts records, one JSON object a line, and answers each with one line.
-class ConvertCommand : public Command {
+class ConvertCommand : public RecordsCommand {
 public:
     CLI::App& declare(CLI::App& application) override;
-    ExitStatus run(Console& console) override;
+
+protected:
+    void refuseOverwritingMore(const std::optional<FileIdentity>& answers) const override;
+    [[nodiscard]] MakeLineConverter prepare() override;
 
 private:
-    [[nodiscard]] ExitStatus convert(Console& console) const;
-    static void finish(ByteSink& answers, RunResult& result);
-    [[nodiscard]] static ExitStatus report(Console& console, const RunResult& result, double seconds);
-    [[nodiscard]] unsigned workerCount() const;
-
     std::string m_contextPath;
-    std::string m_recordsPath = "-";
-    std::string m_answersPath = "-";
     bool m_branch = false;
     AnswerOptions m_options;
-    unsigned m_jobs = 1;
+    std::unique_ptr<LoadedContext> m_pContext;
 };
 
 } // namespace quelt::host

@@ -16,14 +16,6 @@ using VariableFields = Fields<Key::kind, Key::name, Key::guid, Key::values, Key:
 using EffectivityFields = Fields<Key::kind, Key::name, Key::guid, Key::expression, Key::inheritedIn>;
 using BodyFields = Fields<Key::tree, Key::list, Key::named, Key::mode, Key::multiModel>;
 
-QueltInGuid readGuid(const Value& value) {
-    QueltInGuid guid;
-    if (QueltInGuid::parse(value.text(), guid) < 0) {
-        value.refuse(inQuotes(value.text()) + " is no GUID");
-    }
-    return guid;
-}
-
 /// Lets a variable have the keys that all have, and `more`.
 void allowKeys(const VariableFields& fields, VariableFields::Mask more, const char* owner) {
     fields.allowOnly(VariableFields::s_mask<Key::kind, Key::name, Key::guid> | more,
@@ -96,7 +88,7 @@ std::unique_ptr<QueltEeVariable> readVariable(const Value& value) {
     const Value kind = fields.need<Key::kind>();
     const std::string_view kindName = kind.text();
     const QueltInString name(fields.need<Key::name>().text());
-    const QueltInGuid guid = readGuid(fields.need<Key::guid>());
+    const QueltInGuid guid = fields.need<Key::guid>().guid();
     if (kindName == "option") {
         allowKeys(fields, VariableFields::s_mask<Key::values>, "an option");
         return readNamedValueVariable<QueltEeCatOptionVar>(fields, name, guid);
@@ -128,7 +120,7 @@ void readDictionary(const Value& value, LoadedContext& context) {
         refuseRepeatedName(value, "dictionary", name);
     }
     auto dictionary =
-        std::make_unique<QueltEeModelDico>(QueltInString(name), readGuid(fields.need<Key::guid>()));
+        std::make_unique<QueltEeModelDico>(QueltInString(name), fields.need<Key::guid>().guid());
     if (const std::optional<Value> variables = fields.find<Key::variables>()) {
         variables->eachItem([&](const Value& item) {
             std::unique_ptr<QueltEeVariable> variable = readVariable(item);
@@ -146,7 +138,7 @@ void readEffectivity(const Value& value, LoadedContext& context) {
     const EffectivityFields fields(value);
     const Value kind = fields.need<Key::kind>();
     const std::string_view name = fields.need<Key::name>().text();
-    const QueltInGuid guid = readGuid(fields.need<Key::guid>());
+    const QueltInGuid guid = fields.need<Key::guid>().guid();
     std::unique_ptr<QueltEeEffectivity> effectivity;
     if (kind.text() == "predefined") {
         fields.allowOnly(EffectivityFields::s_mask<Key::kind, Key::name, Key::guid, Key::expression>,

@@ -16,10 +16,14 @@ enum class Key : std::uint8_t {
     branch,
     change,
     compiled,
+    contexts,
     criteria,
     date,
     dictionaries,
     dictionary,
+    dnf,
+    domain,
+    domains,
     eff,
     effectivities,
     effectivity,
@@ -66,31 +70,34 @@ enum class Key : std::uint8_t {
     tree,
     treeSeries,
     values,
-    variables
+    variables,
+    view,
+    views
 };
 
 namespace keys {
 
 /// The keys as they are written, in the order of Key.
 inline constexpr std::string_view s_names[] = {
-    "and",       "basicEff",     "binary",       "branch",     "change",        "compiled",    "criteria",
-    "date",      "dictionaries", "dictionary",   "eff",        "effectivities", "effectivity", "elements",
-    "empty",     "expression",   "externalType", "format",     "from",          "fromIncl",    "global",
-    "guid",      "id",           "in",           "inherited",  "inheritedIn",   "kind",        "list",
-    "mode",      "multiModel",   "name",         "named",      "negated",       "noVar",       "not",
-    "notDomain", "number",       "of",           "operations", "option",        "or",          "own",
-    "parent",    "restriction",  "rev",          "revisions",  "selection",     "seq",         "serial",
-    "single",    "singleIncl",   "to",           "toIncl",     "tree",          "treeSeries",  "values",
-    "variables"};
+    "and",        "basicEff",      "binary",       "branch",     "change",    "compiled",    "contexts",
+    "criteria",   "date",          "dictionaries", "dictionary", "dnf",       "domain",      "domains",
+    "eff",        "effectivities", "effectivity",  "elements",   "empty",     "expression",  "externalType",
+    "format",     "from",          "fromIncl",     "global",     "guid",      "id",          "in",
+    "inherited",  "inheritedIn",   "kind",         "list",       "mode",      "multiModel",  "name",
+    "named",      "negated",       "noVar",        "not",        "notDomain", "number",      "of",
+    "operations", "option",        "or",           "own",        "parent",    "restriction", "rev",
+    "revisions",  "selection",     "seq",          "serial",     "single",    "singleIncl",  "to",
+    "toIncl",     "tree",          "treeSeries",   "values",     "variables", "view",        "views"};
 inline constexpr std::size_t s_count = std::size(s_names);
 /// "Not a key of the interchange form."
 inline constexpr std::uint8_t s_none = 0xFF;
 
-/// Tells the keys apart by length, first and middle letter; the factors were searched for.
+/// Tells the keys apart by length, first, middle and last letter; the factors were searched for.
 constexpr std::uint8_t slotOf(std::string_view name) {
     const std::size_t first = static_cast<unsigned char>(name.front());
     const std::size_t middle = static_cast<unsigned char>(name[name.size() / 2]);
-    return static_cast<std::uint8_t>(name.size() * 13 + first * 59 + middle * 19);
+    const std::size_t last = static_cast<unsigned char>(name.back());
+    return static_cast<std::uint8_t>(name.size() * 212 + first * 100 + middle * 190 + last * 25);
 }
 
 consteval std::array<std::uint8_t, 256> makeSlots() {

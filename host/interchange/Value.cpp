@@ -39,6 +39,14 @@ std::string_view Value::text() const {
     return text;
 }
 
+QueltInGuid Value::guid() const {
+    QueltInGuid guid;
+    if (QueltInGuid::parse(text(), guid) < 0) {
+        refuse(inQuotes(text()) + " is no GUID");
+    }
+    return guid;
+}
+
 bool Value::flag() const {
     bool flag = false;
     if (m_element.get_bool().get(flag) != simdjson::SUCCESS) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "infrastructure/QueltInGuid.h"
 #include "interchange/Place.h"
 
 #include <cstdint>
@@ -24,6 +25,8 @@ public:
 
     /// Text; valid until the parser reads the next document.
     [[nodiscard]] std::string_view text() const;
+    /// A GUID in its 8-4-4-4-12 form.
+    [[nodiscard]] QueltInGuid guid() const;
     /// true or false.
     [[nodiscard]] bool flag() const;
     /// Whole numbers, written without fraction and exponent.

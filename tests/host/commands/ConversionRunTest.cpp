@@ -1,5 +1,7 @@
 #include "commands/ConversionRun.h"
 
+#include "commands/RecordConverter.h"
+
 #include "host/support/MemoryStreams.h"
 #include "host/support/Samples.h"
 
@@ -50,7 +52,8 @@ protected:
     RunResult run(ByteSource& source, ByteSink& sink, unsigned jobs, AnswerOptions options = {}) {
         Console console{.input = source, .output = sink, .messages = messages};
         Progress progress(console, source.size());
-        return runConversion(*context, options, jobs, source, sink, progress);
+        return runConversion([&] { return std::make_unique<RecordConverter>(*context, options); }, jobs,
+                             source, sink, progress);
     }
 
     std::unique_ptr<LoadedContext> context = contextOf(sampleContext());

@@ -18,7 +18,8 @@ TEST(KeyTest, namesStandInTheOrderOfTheKeys) {
     EXPECT_EQ(nameOf(Key::not_), "not");
     EXPECT_EQ(nameOf(Key::notDomain), "notDomain");
     EXPECT_EQ(nameOf(Key::variables), "variables");
-    EXPECT_EQ(static_cast<std::size_t>(Key::variables) + 1, keys::s_count);
+    EXPECT_EQ(nameOf(Key::views), "views");
+    EXPECT_EQ(static_cast<std::size_t>(Key::views) + 1, keys::s_count);
 }
 
 TEST(KeyTest, otherNamesAreNotFound) {

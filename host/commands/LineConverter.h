@@ -1,0 +1,49 @@
+#pragma once
+
+#include "commands/LineReader.h"
+#include "commands/Tally.h"
+#include "infrastructure/QueltInMemory.h"
+#include "interchange/JsonWriter.h"
+
+#include <functional>
+#include <memory>
+
+namespace quelt::host {
+
+/// Turns records, each one JSON document on a line, into answers, one line each. A converter belongs to the
+/// thread that made it.
+class LineConverter {
+    TextBuffer m_none; // for the writer, until there is an answer to write
+
+public:
+    LineConverter() : m_writer(m_none) {}
+    virtual ~LineConverter() = default;
+    LineConverter(const LineConverter&) = delete;
+    LineConverter& operator=(const LineConverter&) = delete;
+
+    /// Converts what stands on `line` (with the text `text`) and appends its answer, one line, to `answers`.
+    /// Counts the record in `counts`. A line that is no record is answered with its number and the reason.
+    void convert(const Line& line, PaddedText text, TextBuffer& answers, Counts& counts);
+    /// Why records failed so far.
+    [[nodiscard]] const FailureTally& failures() const noexcept { return m_failures; }
+
+protected:
+    /// Writes the answer to the record `root` to m_writer, and counts it. Throws a Refusal, before anything
+    /// is written, when it is no record.
+    virtual void convertRecord(simdjson::dom::element root, Counts& counts) = 0;
+
+    // NOLINTBEGIN(*-non-private-member-variables-in-classes): what every converter works with
+    JsonWriter m_writer;
+    /// For a record's objects; everything in it is forgotten behind its answer.
+    QueltInArena m_arena;
+    FailureTally m_failures;
+    // NOLINTEND(*-non-private-member-variables-in-classes)
+
+private:
+    JsonParser m_parser;
+};
+
+/// Makes a converter for the thread that calls; called on several at once.
+using MakeLineConverter = std::function<std::unique_ptr<LineConverter>()>;
+
+} // namespace quelt::host
