@@ -4,13 +4,17 @@
 #include "QueltDataMigration.h"
 #include "QueltEeGenExprToEeMMExprVisitor.h"
 #include "QueltEeTarselMigrationServices.h"
+#include "QueltReconstituteEffectivityFromCompiledBinary.h"
 
+#include "compiled/QueltBioBuffer.h"
 #include "expression/QueltEeExpressionContext.h"
 #include "expression/QueltEeGenericExpression.h"
 #include "expression/QueltEeLeaves.h"
 #include "expression/QueltEeMultiModelExpression.h"
 #include "infrastructure/QueltInIntHolder.h"
+#include "infrastructure/QueltInList.h"
 #include "infrastructure/QueltInMap.h"
+#include "infrastructure/QueltInTraceSink.h"
 
 #include <gtest/gtest.h>
 
@@ -48,6 +52,31 @@ TEST(ExportedInterface, offersTheVisitorWithItsPartInTheTypeRegistry) {
     QueltInMap* map = nullptr;
     EXPECT_EQ(visitor.generateMapDomainIDToEeExpr(map), S_OK);
     QueltInDeleteWithObjects(map);
+}
+
+TEST(ExportedInterface, readsCompiledBinariesIntoElements) {
+    using Element = QueltReconstituteEffectivityFromCompiledBinary::OperationStackElement;
+    QueltInList operations(Element::sType());
+    QueltInList contexts(QueltInGuid::sType());
+    const QueltInTraceCapture errors(QueltInTraceCapture::Wanted::unconditionalLines);
+    EXPECT_EQ(QueltReconstituteEffectivityFromCompiledBinary::RetrieveChangeOperations(QueltBioBuffer(),
+                                                                                       operations, contexts),
+              E_INVALIDARG);
+
+    Element element;
+    Element copy(element);
+    Element moved(std::move(copy));
+    moved = element;
+    moved = Element();
+    QueltInObject& object = moved;
+    const QueltInObject& constant = moved;
+    EXPECT_EQ(object.dType(), Element::sType());
+    EXPECT_NE(Element::isObjectOfThisType(object), 0);
+    EXPECT_EQ(Element::cast(object), &moved);
+    EXPECT_EQ(Element::cast(constant), &moved);
+    EXPECT_EQ(Element::cast(&object), &moved);
+    EXPECT_EQ(Element::cast(&constant), &moved);
+    EXPECT_NE(operations.PutBack(object), 0);
 }
 
 TEST(ExportedInterface, hasItsMarkerAndTheServicesAssignment) {
