@@ -1,6 +1,8 @@
 #include "commands/CommandLine.h"
 
+#include "commands/CompileCommand.h"
 #include "commands/ConvertCommand.h"
+#include "commands/DecompileCommand.h"
 #include "interchange/Place.h"
 
 #include <algorithm>
@@ -64,6 +66,8 @@ std::optional<std::string> faultOfFirstWord(const CLI::App& application,
 std::vector<std::unique_ptr<Command>> makeCommands() {
     std::vector<std::unique_ptr<Command>> commands;
     commands.push_back(std::make_unique<ConvertCommand>());
+    commands.push_back(std::make_unique<CompileCommand>());
+    commands.push_back(std::make_unique<DecompileCommand>());
     return commands;
 }
 

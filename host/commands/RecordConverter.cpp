@@ -1,6 +1,7 @@
 #include "commands/RecordConverter.h"
 
 #include "QueltEeTarselMigrationServices.h"
+#include "QueltReconstituteEffectivityFromCompiledBinary.h"
 #include "interchange/ReportedLines.h"
 
 #include <string>
@@ -15,6 +16,10 @@ RecordConverter::RecordConverter(const LoadedContext& context, AnswerOptions opt
 void RecordConverter::convertRecord(simdjson::dom::element root, Counts& counts) {
     const QueltInArenaScope scope(m_arena);
     Record record = m_reader.read(root);
+    if (record.binary != nullptr) {
+        retrieveOperations(record, counts);
+        return;
+    }
     const QueltEeGenericExpression* const expression = record.expression.release(); // goes with the arena
     m_capture.clear();
     QueltInMap* map = nullptr;
@@ -30,6 +35,27 @@ void RecordConverter::convertRecord(simdjson::dom::element root, Counts& counts)
     if (result < 0) {
         ++counts.failed;
         noteFailure(result, m_capture.lines());
+    } else {
+        ++counts.converted;
+    }
+}
+
+void RecordConverter::retrieveOperations(const Record& record, Counts& counts) {
+    const QueltInTraceCapture capture(m_options.withTrace ? QueltInTraceCapture::Wanted::everything
+                                                          : QueltInTraceCapture::Wanted::unconditionalLines);
+    CompiledContent content; // its elements go with the arena
+    const long result = QueltReconstituteEffectivityFromCompiledBinary::RetrieveChangeOperations(
+        *record.binary, content.operations, content.contexts);
+
+    m_answerWriter.write(m_writer, {.id = record.id,
+                                    .result = result,
+                                    .content = &content,
+                                    .lines = capture.lines(),
+                                    .binaryInput = m_options.withInput ? record.binary.get() : nullptr,
+                                    .showTrace = m_options.withTrace});
+    if (result < 0) {
+        ++counts.failed;
+        noteFailure(result, capture.lines());
     } else {
         ++counts.converted;
     }

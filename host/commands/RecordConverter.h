@@ -22,6 +22,7 @@ public:
 
 private:
     void convertRecord(simdjson::dom::element root, Counts& counts) override;
+    void retrieveOperations(const Record& record, Counts& counts);
     void noteFailure(long result, std::span<const QueltInTraceLine> lines);
 
     AnswerOptions m_options;

@@ -1,7 +1,9 @@
 #include "interchange/AnswerWriter.h"
 
+#include "QueltReconstituteEffectivityFromCompiledBinary.h"
 #include "expression/QueltEeExpression.h"
 #include "infrastructure/QueltInIntHolder.h"
+#include "interchange/Base64.h"
 #include "interchange/ReportedLines.h"
 
 #include <array>
@@ -45,14 +47,52 @@ void writeTrace(JsonWriter& writer, std::span<const QueltInTraceLine> lines) {
         writer.key("level");
         writer.number(reported.line.level);
         writer.key("text");
-        writer.text(reported.text);
+        writer.utf8Text(reported.text);
         writer.endObject();
         return true;
     });
     writer.endArray();
 }
 
+using Operation = QueltReconstituteEffectivityFromCompiledBinary::OperationStackElement;
+
+void writeOperation(JsonWriter& writer, const Operation& operation) {
+    writer.beginObject();
+    writer.key(Key::effectivity);
+    writer.text(operation.m_Guid.toString().view());
+    writer.key("positive");
+    writer.number(operation.m_Positive);
+    writer.endObject();
+}
+
+void writeContent(JsonWriter& writer, const CompiledContent& content) {
+    writer.key(Key::operations);
+    writer.beginArray();
+    for (auto operations = content.operations.cBegin();
+         const auto* const operation = Operation::cast(operations.GetGoToNext());) {
+        writeOperation(writer, *operation);
+    }
+    writer.endArray();
+    writer.key(Key::contexts);
+    writer.beginArray();
+    for (auto contexts = content.contexts.cBegin();
+         const auto* const guid = QueltInGuid::cast(contexts.GetGoToNext());) {
+        writer.text(guid->toString().view());
+    }
+    writer.endArray();
+}
+
+void writeBinaryInput(JsonWriter& writer, const QueltBioBuffer& binary) {
+    writer.key("input");
+    writer.beginObject();
+    writer.key(Key::binary);
+    writer.text(encodeBase64(binary.getBytes()));
+    writer.endObject();
+}
+
 } // namespace
+
+CompiledContent::CompiledContent() : operations(Operation::sType()), contexts(QueltInGuid::sType()) {}
 
 void AnswerWriter::write(JsonWriter& writer, const Answer& answer) {
     writer.beginObject();
@@ -68,7 +108,14 @@ void AnswerWriter::write(JsonWriter& writer, const Answer& answer) {
         writeMessages(writer, "errors", LineKind::error, answer.lines);
         writeMessages(writer, "warnings", LineKind::warning, answer.lines);
     }
-    writeMap(writer, answer.map);
+    if (answer.content != nullptr) {
+        writeContent(writer, *answer.content);
+    } else {
+        writeMap(writer, answer.map);
+    }
+    if (answer.binaryInput != nullptr) {
+        writeBinaryInput(writer, *answer.binaryInput);
+    }
     if (answer.input != nullptr) {
         writer.key("input");
         writer.beginObject();

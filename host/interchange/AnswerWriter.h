@@ -1,5 +1,7 @@
 #pragma once
 
+#include "compiled/QueltBioBuffer.h"
+#include "infrastructure/QueltInList.h"
 #include "infrastructure/QueltInMap.h"
 #include "infrastructure/QueltInTraceSink.h"
 #include "interchange/ExpressionWriter.h"
@@ -11,6 +13,16 @@
 
 namespace quelt::host {
 
+/// The changes and contexts of a compiled binary.
+struct CompiledContent {
+    /// Without elements.
+    CompiledContent();
+    /// Of QueltReconstituteEffectivityFromCompiledBinary::OperationStackElement.
+    QueltInList operations;
+    /// Of QueltInGuid.
+    QueltInList contexts;
+};
+
 /// What came of one record.
 struct Answer {
     std::string_view id = {};
@@ -18,10 +30,14 @@ struct Answer {
     long result = 0;
     /// What the conversion filed, from QueltInIntHolder to expressions; may be null.
     const QueltInMap* map = nullptr;
+    /// What a compiled binary, which is converted to no map, was found to hold.
+    const CompiledContent* content = nullptr;
     /// Everything that was traced meanwhile.
     std::span<const QueltInTraceLine> lines = {};
     /// The expression as the conversion left it, when the answer shall show it, else null.
     const QueltEeGenericExpression* input = nullptr;
+    /// Likewise, when the record is a compiled binary.
+    const QueltBioBuffer* binaryInput = nullptr;
     /// Whether the answer shall show the trace.
     bool showTrace = false;
 };

@@ -42,6 +42,9 @@ public:
     void key(Key name) { write(nameOf(name), true); }
     void key(std::string_view name) { write(name, true); }
     void text(std::string_view value) { write(value, false); }
+    /// Text that may have come from bytes of no known encoding: where those are not UTF-8, U+FFFD stands for
+    /// each of them that is not ASCII.
+    void utf8Text(std::string_view value);
     void number(std::int64_t value) { m_writer.Int64(value); }
     void flag(bool value) { m_writer.Bool(value); }
     void null() { m_writer.Null(); }

@@ -1,5 +1,7 @@
 #include "interchange/RecordReader.h"
 
+#include "interchange/CompiledReader.h"
+
 namespace quelt::host {
 
 namespace {
@@ -22,13 +24,23 @@ std::unique_ptr<QueltEeGenericExpression> readExpression(const RecordFields& fie
                          [] { return "'list'"; });
         return reader.readList(*list, fields.find<Key::named>(), fields.find<Key::mode>());
     }
+    fields.place().refuse("expected 'tree', 'list', 'binary' or 'compiled'");
+}
+
+/// The compiled binary that is the record's body; null when it has a body of another form, or none.
+std::unique_ptr<QueltBioBuffer> readBinaryBody(const RecordFields& fields) {
+    if (fields.has<Key::tree>() || fields.has<Key::list>()) {
+        return nullptr;
+    }
     if (const std::optional<Value> binary = fields.find<Key::binary>()) {
-        binary->refuse("'binary' is not supported yet");
+        fields.allowOnly(s_withAny | RecordFields::s_mask<Key::binary>, [] { return "'binary'"; });
+        return std::make_unique<QueltBioBuffer>(readBinary(*binary));
     }
     if (const std::optional<Value> compiled = fields.find<Key::compiled>()) {
-        compiled->refuse("'compiled' is not supported yet");
+        fields.allowOnly(s_withAny | RecordFields::s_mask<Key::compiled>, [] { return "'compiled'"; });
+        return std::make_unique<QueltBioBuffer>(compile(*compiled));
     }
-    fields.place().refuse("expected 'tree', 'list', 'binary' or 'compiled'");
+    return nullptr;
 }
 
 QueltEeBasicEff& readBasicEffectivity(const Value& name, const ExpressionReader& reader) {
@@ -46,6 +58,10 @@ Record RecordReader::read(simdjson::dom::element root) const {
     const RecordFields fields(value);
     Record record;
     record.id = fields.need<Key::id>().text();
+    record.binary = readBinaryBody(fields);
+    if (record.binary != nullptr) {
+        return record;
+    }
     record.expression = readExpression(fields, m_expressionReader);
     record.isChange = fields.flag<Key::change>();
     if (const std::optional<Value> basicEff = fields.find<Key::basicEff>()) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "compiled/QueltBioBuffer.h"
 #include "interchange/ExpressionReader.h"
 
 #include <memory>
@@ -8,10 +9,12 @@
 
 namespace quelt::host {
 
-/// One record: an expression, and what is to be done with it.
+/// One record: a compiled binary, or an expression and what is to be done with it.
 struct Record {
     /// The name that the answer bears; valid until the parser reads the next line.
     std::string_view id;
+    /// The compiled binary, when the record is one; nothing of what follows is set then.
+    std::unique_ptr<QueltBioBuffer> binary;
     std::unique_ptr<QueltEeGenericExpression> expression;
     bool isChange = false;
     /// The effectivity on whose behalf the expression is converted, or null.

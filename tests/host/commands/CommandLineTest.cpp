@@ -3,6 +3,7 @@
 #include "commands/CommandLine.h"
 
 #include "host/support/MemoryStreams.h"
+#include "host/support/RandomCompiled.h"
 #include "host/support/Samples.h"
 #include "host/support/TemporaryFolder.h"
 
@@ -53,6 +54,10 @@ TEST_F(CommandLineTest, helpAndVersion) {
     EXPECT_THAT(output.text(), HasSubstr("--context FILE REQUIRED"));
     EXPECT_THAT(output.text(), HasSubstr("--with-input"));
     EXPECT_THAT(output.text(), HasSubstr("Exit status"));
+    EXPECT_EQ(run({"compile", "--help"}), 0);
+    EXPECT_THAT(output.text(), HasSubstr("0 every record compiled"));
+    EXPECT_EQ(run({"decompile", "--help"}), 0);
+    EXPECT_THAT(output.text(), HasSubstr("0 every record decompiled"));
     EXPECT_EQ(messages.str(), "");
 }
 
@@ -233,6 +238,95 @@ TEST_F(CommandLineTest, saysThatItReadsFromATerminal) {
     const std::string records = folder.write("records.ndjson", s_record);
     EXPECT_EQ(runCommandLine({"convert", "--context", context, records}, console), ExitStatus::success);
     EXPECT_THAT(messages.str(), StartsWith("1 record in "));
+}
+
+// The bytes as docs/compiled-format.md has them: the header, one domain (2), one view (0), one context, one
+// conjunction of one literal.
+constexpr const char* s_spelt =
+    R"({"id":"B-1","compiled":{"domains":[{"domain":2,"views":[{"view":0,"contexts":[)"
+    R"({"dictionary":"7a6c0001-0000-4000-8000-000000000001",)"
+    R"("dnf":[[{"eff":"ec000001-0000-4000-8000-000000000001","negated":true}]]}]}]}]}})"
+    "\n";
+constexpr const char* s_binary =
+    R"({"id":"B-1","binary":"UUZMVAEAAABNAAAAsQDe8wEAAAACAAAAAQAAAAAAAAABAAAAemwAAQAAQACAAAAAAAAAAQEAAAABAAAAAewAAAEAAEAAgAAAAAAAAAE="})"
+    "\n";
+
+TEST_F(CommandLineTest, compilesAndDecompiles) {
+    EXPECT_EQ(run({"compile"}, s_spelt), 0);
+    EXPECT_EQ(output.text(), s_binary);
+    EXPECT_THAT(messages.str(), StartsWith("1 record in "));
+    const std::string binaries = folder.write("binaries.ndjson", s_binary);
+    EXPECT_EQ(run({"decompile", binaries, "-o", folder.path("spelt.ndjson")}), 0);
+    EXPECT_EQ(folder.read("spelt.ndjson"), s_spelt);
+    EXPECT_EQ(run({"compile", folder.path("spelt.ndjson"), "-o", binaries}), 0);
+    EXPECT_EQ(folder.read("binaries.ndjson"), s_binary);
+}
+
+TEST_F(CommandLineTest, compileAndDecompileAnswerMalformedLines) {
+    EXPECT_EQ(run({"compile"}, std::string(s_spelt) +
+                                   R"({"id":"B-2","compiled":{}})"
+                                   "\n" +
+                                   s_binary +
+                                   R"({"compiled":{"domains":[]}})"
+                                   "\n" +
+                                   s_spelt + "x"),
+              1);
+    EXPECT_EQ(output.text(), std::string(s_binary) +
+                                 R"({"line":2,"id":"B-2","malformed":"missing key 'domains' at /compiled"})"
+                                 "\n"
+                                 R"({"line":3,"id":"B-1","malformed":"unknown key 'binary' at /binary"})"
+                                 "\n"
+                                 R"({"line":4,"malformed":"missing key 'id' at the root"})"
+                                 "\n" +
+                                 s_binary +
+                                 R"-({"line":6,"malformed":"not JSON at column 1: expected a value )-"
+                                 R"-((the input's last line, without a line end)"})-"
+                                 "\n");
+    EXPECT_THAT(messages.str(), HasSubstr("malformed  4"));
+    TextSink answers;
+    TextSource binaries(R"({"id":"B-1","binary":"A"})"
+                        "\n"
+                        R"({"id":"B-2","binary":"AAAA"})"
+                        "\n");
+    Console console{.input = binaries, .output = answers, .messages = messages};
+    EXPECT_EQ(runCommandLine({"decompile"}, console), ExitStatus::partly);
+    EXPECT_EQ(
+        answers.text(),
+        R"({"line":1,"id":"B-1","malformed":"not base64: 1 characters are no groups of four at /binary"})"
+        "\n"
+        R"({"line":2,"id":"B-2","malformed":)"
+        R"-("no compiled binary, or a damaged one (0x80070057) at /binary"})-"
+        "\n");
+}
+
+TEST_F(CommandLineTest, compileAndDecompileRefuseFilesThatCannotBeUsed) {
+    const std::string records = folder.write("records.ndjson", s_spelt);
+    EXPECT_EQ(run({"compile", folder.path("missing")}), 2);
+    EXPECT_EQ(run({"compile", records, "-o", records}), 2);
+    EXPECT_EQ(run({"decompile", records, "-o", folder.path("missing/answers")}), 2);
+    EXPECT_EQ(messages.str(), "quelt-migrate: cannot read the records " + folder.path("missing") +
+                                  ": No such file or directory\n"
+                                  "quelt-migrate: the answers would overwrite the records\n"
+                                  "quelt-migrate: cannot write the answers " +
+                                  folder.path("missing/answers") + ": No such file or directory\n");
+    EXPECT_EQ(output.text(), "");
+}
+
+/// In order, whatever the number of jobs, and the same again when turned back.
+TEST_F(CommandLineTest, manyFormsComeBack) {
+    std::string spelt;
+    for (unsigned seed = 0; seed < 2'000; ++seed) {
+        spelt += R"({"id":")" + std::to_string(seed) + R"(","compiled":)" +
+                 test::RandomCompiled(seed).next() + "}\n";
+    }
+    const std::string records = folder.write("records.ndjson", spelt);
+    for (const char* const jobs : {"1", "3"}) {
+        EXPECT_EQ(run({"compile", records, "-o", folder.path("binaries.ndjson"), "--jobs", jobs}), 0);
+        EXPECT_EQ(run({"decompile", folder.path("binaries.ndjson"), "-o", folder.path("again.ndjson"),
+                       "--jobs", jobs}),
+                  0);
+        EXPECT_TRUE(folder.read("again.ndjson") == spelt) << jobs;
+    }
 }
 
 } // namespace

@@ -1,8 +1,13 @@
 #include "commands/RecordConverter.h"
 
+#include "compiled/QueltCompiledBinaryWriter.h"
+#include "compiled/QueltFltEffectivity.h"
+#include "effectivity/QueltEeNamedValueEff.h"
+#include "expression/QueltEeLeaves.h"
 #include "host/support/RandomContext.h"
 #include "host/support/Samples.h"
 #include "host/support/StructureDump.h"
+#include "interchange/Base64.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>
@@ -63,6 +68,87 @@ TEST_F(RecordConverterTest, showsTheTrace) {
         R"({"class":"QueltEeTarselMigrationServices","method":"ConvertEeGenericExprToEeExpr","level":0,)"
         R"("text":"This is a filter => generating filter : "},)"
         R"({"class":"QueltEeTarselMigrationServices","method":"ConvertEeGenericExprToEeExpr","level":2,"text":""}]})");
+}
+
+/// Domain 2 with the full view of one context, with the conjunction of these literals.
+std::string compiledOf(const std::string& literals) {
+    return R"("compiled": {"domains": [{"domain": 2, "views": [{"view": 0, "contexts": [)"
+           R"({"dictionary": "7A6C0001-0000-4000-8000-000000000001", "dnf": [[)" +
+           literals + "]]}]}]}]}";
+}
+constexpr const char* s_eco1 = R"({"eff": "ec000001-0000-4000-8000-000000000001"})";
+constexpr const char* s_notEco2 = R"({"eff": "ec000001-0000-4000-8000-000000000002", "negated": true})";
+
+TEST_F(RecordConverterTest, answersCompiledChangesWithOperationsAndContexts) {
+    EXPECT_EQ(answer(R"({"id": "B-1", )" + compiledOf(std::string(s_eco1) + "," + s_notEco2) + "}"),
+              R"({"id":"B-1","result":0,"operations":[)"
+              R"({"effectivity":"ec000001-0000-4000-8000-000000000001","positive":1},)"
+              R"({"effectivity":"ec000001-0000-4000-8000-000000000002","positive":0}],)"
+              R"("contexts":["7a6c0001-0000-4000-8000-000000000001"]})");
+}
+
+TEST_F(RecordConverterTest, answersWhatWasFoundBeforeAFailure) {
+    const std::string text =
+        answer(R"({"id": "B-1", )" +
+               compiledOf(std::string(s_eco1) +
+                          R"(, {"option": "ec000001-0000-4000-8000-000000000003", "in": []})") +
+               "}");
+    EXPECT_NE(text.find(R"({"id":"B-1","result":-2147467259,"code":"0x80004005","errors":[)"
+                        R"("ERROR: Unsupported content of compiled binary.","DEBUG: Input compiled binary )"),
+              std::string::npos)
+        << text;
+    EXPECT_NE(
+        text.find(R"("operations":[{"effectivity":"ec000001-0000-4000-8000-000000000001","positive":1}],)"
+                  R"("contexts":["7a6c0001-0000-4000-8000-000000000001"]})"),
+        std::string::npos)
+        << text;
+}
+
+TEST_F(RecordConverterTest, binariesConvertAsWhatTheyAreCompiledFromDoes) {
+    const std::string compiled =
+        answer(R"({"id": "B-1", )" + compiledOf(s_notEco2) + "}", {.withInput = true, .withTrace = true});
+    const std::size_t begin = compiled.find(R"("binary":")");
+    ASSERT_NE(begin, std::string::npos) << compiled;
+    const std::string body = compiled.substr(begin, compiled.find('}', begin) - begin);
+    EXPECT_EQ(answer(R"({"id": "B-1", )" + body + "}", {.withInput = true, .withTrace = true}), compiled);
+}
+
+TEST_F(RecordConverterTest, binariesThatCannotBeReadFail) {
+    EXPECT_EQ(answer(R"({"id": "B-1", "binary": "bm9uZQ=="})", {.withInput = true}),
+              R"({"id":"B-1","result":-2147024809,"code":"0x80070057","errors":[)"
+              R"("ERROR: Call to QueltCompiledBinaryParser::Read() has failed.",)"
+              R"("DEBUG: Input compiled binary 6e6f6e65"],"operations":[],"contexts":[],)"
+              R"("input":{"binary":"bm9uZQ=="}})");
+    RecordConverter converter(*context, {});
+    TextBuffer answers;
+    Counts counts;
+    converter.convert({}, Padded(R"({"id": "B-1", "binary": ""})").text(), answers, counts);
+    EXPECT_EQ(counts.failed, 1U);
+    EXPECT_EQ(converter.failures().mostFrequent().at(0).first,
+              "ERROR: Call to QueltCompiledBinaryParser::Read() has failed.");
+}
+
+/// Names in a binary may be any bytes; answers are UTF-8 all the same.
+TEST_F(RecordConverterTest, tracesNamesOfNoEncodingReadably) {
+    auto option = std::make_unique<QueltEeCatOptionVar>("Engine", QueltInGuid());
+    auto criterion = std::make_unique<QueltEeOptionEff>(option.get());
+    ASSERT_EQ(criterion->addValue(option->addValue("V\xFC")), S_OK);
+    auto dnf = std::make_unique<QueltDnf>();
+    ASSERT_EQ(dnf->addConjunction(), S_OK);
+    ASSERT_EQ(dnf->addLiteral((new QueltEeVarEffLeaf(criterion.release()))->getNodeRef()), S_OK);
+    auto view = std::make_unique<QueltFltEffectivityView>();
+    ASSERT_EQ(view->addContext(QueltInGuid(), dnf.release()), S_OK);
+    auto domain = std::make_unique<QueltFltDomainEffectivity>();
+    ASSERT_EQ(domain->addView(QueltExpressionView::full, view.release()), S_OK);
+    QueltFltEffectivity effectivity;
+    ASSERT_EQ(effectivity.addDomain(2, domain.release()), S_OK);
+    QueltBioBuffer binary;
+    ASSERT_EQ(QueltCompiledBinaryWriter::Write(effectivity, binary), S_OK);
+
+    const std::string text =
+        answer(R"({"id": "B-1", "binary": ")" + encodeBase64(binary.getBytes()) + "\"}", {.withTrace = true});
+    EXPECT_TRUE(simdjson::validate_utf8(text));
+    EXPECT_NE(text.find("V\xEF\xBF\xBD"), std::string::npos) << text;
 }
 
 TEST_F(RecordConverterTest, answersMalformedLinesWithTheirNumber) {

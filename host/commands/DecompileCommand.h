@@ -1,0 +1,16 @@
+#pragma once
+
+#include "commands/RecordsCommand.h"
+
+namespace quelt::host {
+
+/// `decompile`: spells compiled binaries out.
+class DecompileCommand : public RecordsCommand {
+public:
+    CLI::App& declare(CLI::App& application) override;
+
+protected:
+    [[nodiscard]] MakeLineConverter prepare() override;
+};
+
+} // namespace quelt::host
