@@ -49,4 +49,30 @@ public:
     static long ConvertEeGenericExprToEeExpr(const QueltEeGenericExpression& genericExpr,
                                              const QueltEeExpressionContext& context, unsigned char change,
                                              QueltInMap*& outputMap, QueltEeBasicEff* basicEff);
+
+    /// Turns the flat series of the expressions in a map into branching series, in place.
+    ///
+    /// Each serial effectivity on a series of another external type than 13 gives way to a tree-series
+    /// effectivity in the dictionary of its series, on the branching series 19 for the external type 14, else
+    /// 18. Each interval becomes a selection: a single element where both bounds are equal, else the way down
+    /// from the lower to the upper bound, which is always included; 2000000000 is the root as a lower bound
+    /// and all leaves as an upper one. What stands below a NOT-domain stays as it is. Effectivities that the
+    /// expressions refer to have their own expressions rewritten too; they are changed by the call like the
+    /// expressions, so threads may share them only when nobody branches meanwhile. Criteria of lists are
+    /// stored back in filters of the map, and in no other list.
+    ///
+    /// @param context where the expressions belong; read only.
+    /// @param expressions a map whose values are expressions, as ConvertEeGenericExprToEeExpr makes it; the
+    ///        keys are not looked at. Map and expressions stay the caller's.
+    /// @return 1 when an interval with equal bounds has become a single element, else 0, also for an empty
+    ///         map: both are successes. E_FAIL when a value is no expression, or a check failed; otherwise
+    ///         the negative result of the operation that failed, as it stands, E_OUTOFMEMORY for
+    ///         effectivities that refer to each other too deep (QueltEeNode::s_maxVisitDepth). Every failure
+    ///         is traced.
+    ///
+    /// The first failure ends the walk: what was rewritten before it stays so. The expressions of the
+    /// effectivities on whose way it happened are taken out of them and belong to nobody; open a
+    /// QueltInArenaScope around the call to get them back.
+    static long ConvertFromFlatSeriesExprToBranchingExpr(const QueltEeExpressionContext& context,
+                                                         QueltInMap& expressions);
 };

@@ -4,19 +4,21 @@ namespace quelt {
 
 namespace {
 
-constexpr int s_message = 0;
 constexpr int s_methodEntry = 1;
 constexpr int s_methodExit = 2;
 
 } // namespace
 
 long MigrationTrace::fail(const char* message, long result, std::source_location where) const {
-    m_trace.beginTrace(s_message) << QueltInTraceClass::GetError() << where.file_name() << "("
-                                  << static_cast<int>(where.line()) << ")";
-    m_trace.endTrace(s_message);
-    m_trace.beginTrace(s_message) << QueltInTraceClass::GetErrorIndent() << message;
-    m_trace.endTrace(s_message);
+    writeLocation(where);
+    writeMessage(QueltInTraceClass::GetErrorIndent(), message);
     return result;
+}
+
+long MigrationTrace::failFor(const char* message, int number, std::source_location where) const {
+    writeLocation(where);
+    writeMessage(QueltInTraceClass::GetErrorIndent(), message, number);
+    return E_FAIL;
 }
 
 void MethodTrace::writeEntry(const char* method) {

@@ -33,9 +33,14 @@ public:
     /// statement.
     long fail(const char* message, long result = E_FAIL,
               std::source_location where = std::source_location::current()) const;
+    /// The same for a failing check, with the number that it is about behind the message. Returns E_FAIL.
+    long failFor(const char* message, int number,
+                 std::source_location where = std::source_location::current()) const;
 
 private:
     friend class MethodTrace;
+    void writeLocation(std::source_location where) const;
+
     mutable QueltInTraceClass m_trace; // a facility, not state: lines of all threads go through it
 };
 

@@ -5,6 +5,7 @@
 #include "MigrationTrace.h"
 #include "ObtainedMapPrinter.h"
 #include "QueltEeGenExprToEeMMExprVisitor.h"
+#include "QueltMigTransformSerialToTreeSeriesVisitor.h"
 
 #include "expression/QueltEeFilterExpression.h"
 #include "expression/QueltEeGenericExpression.h"
@@ -51,6 +52,29 @@ long convertTree(const QueltEeGenericExpression& genericExpr, const QueltEeExpre
     return printed < 0 ? printed : result;
 }
 
+/// Only a filter shows criteria that can be stored back; what other expressions hold changes in its place.
+long run(QueltEeNodeVisitor& visitor, QueltEeExpression& expression) {
+    QueltEeFilterExpression* const filter = QueltEeFilterExpression::cast(&expression);
+    return filter != nullptr ? filter->runVisitor(visitor) : expression.runConstVisitor(visitor);
+}
+
+/// The entries of a map and not its values are counted, for a value may be null where a core has failed.
+long runOnValues(QueltEeNodeVisitor& visitor, const QueltInMap& map) {
+    auto values = map.cBegin();
+    while (values.IsEnd() == 0) {
+        QueltEeExpression* const expression = QueltEeExpression::cast(values.GetValGoToNext());
+        if (expression == nullptr) {
+            return s_trace.fail("ERROR : unexpected");
+        }
+        const long result = run(visitor, *expression);
+        if (result < 0) {
+            return s_trace.fail("ERROR : run visitor QueltMigTransformSerialToTreeSeriesVisitor failed",
+                                result);
+        }
+    }
+    return S_OK;
+}
+
 } // namespace
 
 QueltEeTarselMigrationServices&
@@ -75,4 +99,16 @@ long QueltEeTarselMigrationServices::ConvertEeGenericExprToEeExpr(const QueltEeG
         outputMap = makeOutputMap(QueltEeEffectivityExpression::sType());
     }
     return convertTree(genericExpr, context, change, outputMap, basicEff);
+}
+
+long QueltEeTarselMigrationServices::ConvertFromFlatSeriesExprToBranchingExpr(
+    const QueltEeExpressionContext& context, QueltInMap& expressions) {
+    // The lines of the service bear this name in every log that there is.
+    const quelt::MethodTrace scope(s_trace, "CreateFlatSeriesContextFromTreeSeriesContext");
+    QueltMigTransformSerialToTreeSeriesVisitor visitor(context);
+    const long result = runOnValues(visitor, expressions);
+    if (result < 0) {
+        return result;
+    }
+    return visitor.singleSelectionMade() != 0 ? 1 : 0;
 }

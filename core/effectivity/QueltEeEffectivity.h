@@ -8,6 +8,9 @@ class QueltEeNodeRef;
 /// A named effectivity with an expression of its own, which it owns. Leaves, lists and operations share
 /// effectivities and never delete them: they belong to a context or to whoever made them, and must outlive
 /// what refers to them.
+///
+/// Whoever has to change the expression of an effectivity that others read works on one of a derived class
+/// that stands for it (getOrigin): the same effectivity to every context that knows the original.
 class QUELT_CORE_API QueltEeEffectivity : public QueltInTyped<QueltEeEffectivity, QueltEeDicoObject> {
 public:
     static constexpr const char* s_className = "QueltEeEffectivity";
@@ -25,6 +28,8 @@ public:
     virtual void setExpr(QueltEeExpression*& expression);
     /// Hands the expression (may be null) to the caller, who owns it then, and forgets it. S_OK always.
     virtual long removeExpr(QueltEeExpression*& expression);
+    /// The effectivity that this one stands for; itself unless it was made to stand for another one.
+    [[nodiscard]] virtual const QueltEeEffectivity& getOrigin() const { return *this; }
 
 protected:
     /// The expression, or null.

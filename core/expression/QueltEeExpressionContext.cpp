@@ -115,7 +115,7 @@ long QueltEeExpressionContext::GetAllDictionariesByName(const QueltInMap*& dicti
 
 long QueltEeExpressionContext::GetAllDictionariesForInheritedEffectivity(
     const QueltEeBasicEff& effectivity, const QueltInMap*& dictionaries) const {
-    const auto found = m_inherited.find(&effectivity);
+    const auto found = m_inherited.find(&effectivity.getOrigin());
     dictionaries = found != m_inherited.end() ? found->second.get() : m_pNone.get();
     return S_OK;
 }
@@ -143,7 +143,7 @@ long QueltEeExpressionContext::addInheritedDictionary(const QueltEeBasicEff& eff
     if (m_pDictionaries->Get(dictionary.getName()) != &dictionary) {
         return E_INVALIDARG;
     }
-    MapPointer& dictionaries = m_inherited[&effectivity];
+    MapPointer& dictionaries = m_inherited[&effectivity.getOrigin()];
     if (dictionaries == nullptr) {
         dictionaries.reset(makeMap());
     }

@@ -32,7 +32,8 @@ public:
     /// context's. S_OK always, with an empty map for an empty context.
     virtual long GetAllDictionariesByName(const QueltInMap*& dictionaries) const;
     /// The same for the dictionaries in which the inherited effectivity of `effectivity` applies; an empty
-    /// map when nothing was said of it. S_OK always.
+    /// map when nothing was said of it. What was said of an effectivity holds for those that stand for it,
+    /// too (QueltEeEffectivity::getOrigin). S_OK always.
     virtual long GetAllDictionariesForInheritedEffectivity(const QueltEeBasicEff& effectivity,
                                                            const QueltInMap*& dictionaries) const;
     /// Moves every dictionary of `possible` that does not hold a variable with the GUID of `feature` to
@@ -43,7 +44,8 @@ public:
                                               QueltInSet*& rejected, const QueltEeBasicEff* inherited) const;
 
     /// Says that the inherited effectivity of `effectivity` applies in `dictionary`. E_INVALIDARG when the
-    /// dictionary is not in the context; E_ALREADYTHERE when it was said before.
+    /// dictionary is not in the context; E_ALREADYTHERE when it was said before. Said of an effectivity that
+    /// stands for another one, it is said of that.
     long addInheritedDictionary(const QueltEeBasicEff& effectivity, QueltEeModelDico& dictionary);
     /// Takes over an object that must live as long as the context: an effectivity, a variable that no
     /// dictionary holds.
@@ -60,7 +62,7 @@ private:
 
     MapPointer m_pDictionaries;
     MapPointer m_pNone;
-    std::unordered_map<const QueltEeBasicEff*, MapPointer> m_inherited;
+    std::unordered_map<const QueltEeEffectivity*, MapPointer> m_inherited; // by origin
     std::vector<std::unique_ptr<QueltEeModelDico>> m_owned;
     std::vector<std::unique_ptr<QueltInObject>> m_adopted;
 };

@@ -45,7 +45,10 @@ CLI::App& ConvertCommand::declare(CLI::App& application) {
         ->required()
         ->type_name("FILE");
     declareStreams(*command);
-    command->add_flag("--branch", m_branch, "Turn flat series into branching ones (not supported yet)");
+    command->add_flag(
+        "--branch", m_options.branchesAll,
+        "Turn the flat series of what was converted into branching ones, for all records and not "
+        "only for those that ask for it");
     command->add_flag("--with-input", m_options.withInput,
                       "Show in each answer the expression as conversion left it");
     command->add_flag("--trace", m_options.withTrace, "Show in each answer how the conversion went");
@@ -61,9 +64,6 @@ void ConvertCommand::refuseOverwritingMore(const std::optional<FileIdentity>& an
 }
 
 MakeLineConverter ConvertCommand::prepare() {
-    if (m_branch) {
-        throw Unusable("--branch is not supported yet");
-    }
     m_pContext = loadContext(m_contextPath);
     return [this] { return std::make_unique<RecordConverter>(*m_pContext, m_options); };
 }

@@ -19,8 +19,7 @@ protected:
 
 private:
     std::string m_contextPath;
-    bool m_branch = false;
-    AnswerOptions m_options;
+    ConvertOptions m_options;
     std::unique_ptr<LoadedContext> m_pContext;
 };
 

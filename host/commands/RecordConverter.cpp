@@ -8,57 +8,68 @@
 
 namespace quelt::host {
 
-RecordConverter::RecordConverter(const LoadedContext& context, AnswerOptions options)
-    : m_options(options), m_context(context), m_reader(context), m_answerWriter(context),
+RecordConverter::RecordConverter(const LoadedContext& context, ConvertOptions options)
+    : m_options(options), m_context(context), m_reader(context, options.branchesAll), m_answerWriter(context),
       m_capture(options.withTrace ? QueltInTraceCapture::Wanted::everything
                                   : QueltInTraceCapture::Wanted::unconditionalLines) {}
 
 void RecordConverter::convertRecord(simdjson::dom::element root, Counts& counts) {
     const QueltInArenaScope scope(m_arena);
     Record record = m_reader.read(root);
+    m_capture.clear();
     if (record.binary != nullptr) {
         retrieveOperations(record, counts);
-        return;
+    } else {
+        convertExpression(record, counts);
     }
+}
+
+void RecordConverter::convertExpression(Record& record, Counts& counts) {
     const QueltEeGenericExpression* const expression = record.expression.release(); // goes with the arena
-    m_capture.clear();
     QueltInMap* map = nullptr;
     const long result = QueltEeTarselMigrationServices::ConvertEeGenericExprToEeExpr(
         *expression, m_context.expressionContext(), record.isChange ? 1 : 0, map, record.basicEffectivity);
 
-    m_answerWriter.write(m_writer, {.id = record.id,
-                                    .result = result,
-                                    .map = map,
-                                    .lines = m_capture.lines(),
-                                    .input = m_options.withInput ? expression : nullptr,
-                                    .showTrace = m_options.withTrace});
-    if (result < 0) {
-        ++counts.failed;
-        noteFailure(result, m_capture.lines());
-    } else {
-        ++counts.converted;
+    const std::size_t linesOfConversion = m_capture.lines().size();
+    std::optional<long> branchResult;
+    if (record.isBranched && result >= 0) {
+        branchResult = QueltEeTarselMigrationServices::ConvertFromFlatSeriesExprToBranchingExpr(
+            m_context.expressionContext(), *map);
     }
+    // A conversion that was a success may have reported errors, which are no reason.
+    writeAnswer({.id = record.id,
+                 .result = result,
+                 .branchResult = branchResult,
+                 .map = map,
+                 .lines = m_capture.lines(),
+                 .input = m_options.withInput ? expression : nullptr,
+                 .showTrace = m_options.withTrace},
+                result < 0 ? 0 : linesOfConversion, counts);
 }
 
 void RecordConverter::retrieveOperations(const Record& record, Counts& counts) {
-    const QueltInTraceCapture capture(m_options.withTrace ? QueltInTraceCapture::Wanted::everything
-                                                          : QueltInTraceCapture::Wanted::unconditionalLines);
     CompiledContent content; // its elements go with the arena
     const long result = QueltReconstituteEffectivityFromCompiledBinary::RetrieveChangeOperations(
         *record.binary, content.operations, content.contexts);
+    writeAnswer({.id = record.id,
+                 .result = result,
+                 .content = &content,
+                 .lines = m_capture.lines(),
+                 .binaryInput = m_options.withInput ? record.binary.get() : nullptr,
+                 .showTrace = m_options.withTrace},
+                0, counts);
+}
 
-    m_answerWriter.write(m_writer, {.id = record.id,
-                                    .result = result,
-                                    .content = &content,
-                                    .lines = capture.lines(),
-                                    .binaryInput = m_options.withInput ? record.binary.get() : nullptr,
-                                    .showTrace = m_options.withTrace});
-    if (result < 0) {
-        ++counts.failed;
-        noteFailure(result, capture.lines());
-    } else {
+/// Writes the answer and counts it; a failure's reason stands in the lines from `firstOfReason` on.
+void RecordConverter::writeAnswer(const Answer& answer, std::size_t firstOfReason, Counts& counts) {
+    m_answerWriter.write(m_writer, answer);
+    const long decisive = decisiveResult(answer);
+    if (decisive >= 0) {
         ++counts.converted;
+        return;
     }
+    ++counts.failed;
+    noteFailure(decisive, answer.lines.subspan(firstOfReason));
 }
 
 /// The first error is the reason; those behind it say what failed in consequence.

@@ -7,8 +7,9 @@
 
 namespace quelt::host {
 
-/// What answers show beside what a record was converted to.
-struct AnswerOptions {
+/// What is done with all records, and what answers show beside what a record was converted to.
+struct ConvertOptions {
+    bool branchesAll = false;
     bool withInput = false;
     bool withTrace = false;
 };
@@ -18,14 +19,16 @@ struct AnswerOptions {
 class RecordConverter : public LineConverter {
 public:
     /// Records refer to `context`, which must outlive the converter.
-    RecordConverter(const LoadedContext& context, AnswerOptions options);
+    RecordConverter(const LoadedContext& context, ConvertOptions options);
 
 private:
     void convertRecord(simdjson::dom::element root, Counts& counts) override;
+    void convertExpression(Record& record, Counts& counts);
     void retrieveOperations(const Record& record, Counts& counts);
+    void writeAnswer(const Answer& answer, std::size_t firstOfReason, Counts& counts);
     void noteFailure(long result, std::span<const QueltInTraceLine> lines);
 
-    AnswerOptions m_options;
+    ConvertOptions m_options;
     const LoadedContext& m_context;
     RecordReader m_reader;
     AnswerWriter m_answerWriter;

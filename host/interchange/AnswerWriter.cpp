@@ -100,9 +100,13 @@ void AnswerWriter::write(JsonWriter& writer, const Answer& answer) {
     writer.text(answer.id);
     writer.key("result");
     writer.number(answer.result);
-    if (answer.result < 0) {
+    if (answer.branchResult) {
+        writer.key("branchResult");
+        writer.number(*answer.branchResult);
+    }
+    if (const long result = decisiveResult(answer); result < 0) {
         writer.key("code");
-        writer.text(formatCode(answer.result));
+        writer.text(formatCode(result));
     }
     if (!answer.lines.empty()) {
         writeMessages(writer, "errors", LineKind::error, answer.lines);

@@ -28,6 +28,8 @@ struct Answer {
     std::string_view id = {};
     /// The service's result.
     long result = 0;
+    /// That of the second service, if it was called: whether flat series became branching ones.
+    std::optional<long> branchResult = {};
     /// What the conversion filed, from QueltInIntHolder to expressions; may be null.
     const QueltInMap* map = nullptr;
     /// What a compiled binary, which is converted to no map, was found to hold.
@@ -60,6 +62,10 @@ private:
     ExpressionWriter m_expressionWriter;
 };
 
+/// The result that says whether the record has failed: the first that is negative, else the last.
+[[nodiscard]] inline long decisiveResult(const Answer& answer) noexcept {
+    return answer.result < 0 ? answer.result : answer.branchResult.value_or(answer.result);
+}
 /// A result as answers show it: "0x80004005".
 [[nodiscard]] std::string formatCode(long result);
 

@@ -248,7 +248,7 @@ QueltEeEffectivity& ExpressionReader::findEffectivity(const Value& name) const {
     if (effectivity == nullptr) {
         name.refuse("no effectivity " + inQuotes(name.text()));
     }
-    return *effectivity;
+    return m_working != nullptr ? m_working->of(*effectivity) : *effectivity;
 }
 
 QueltEeModelDico& ExpressionReader::findDictionary(const Value& name) const {

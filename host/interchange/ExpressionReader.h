@@ -5,6 +5,7 @@
 #include "expression/QueltEeNode.h"
 #include "expression/QueltQmSpecList.h"
 #include "interchange/CriterionReader.h"
+#include "interchange/WorkingEffectivities.h"
 
 #include <memory>
 #include <optional>
@@ -20,9 +21,11 @@ using OwnedNode = std::unique_ptr<QueltEeNodeRef>;
 /// Makes expressions from their interchange form. They are made in the memory that is current on the thread.
 class ExpressionReader {
 public:
-    /// Names are looked up in `context`, which must outlive the reader.
-    explicit ExpressionReader(const LoadedContext& context) noexcept
-        : m_context(context), m_criterionReader(context) {}
+    /// Names are looked up in `context`, which must outlive the reader. Expressions refer to the
+    /// effectivities of `working`, which must outlive them, when it is not null, else to those of the
+    /// context.
+    explicit ExpressionReader(const LoadedContext& context, WorkingEffectivities* working = nullptr) noexcept
+        : m_context(context), m_working(working), m_criterionReader(context) {}
 
     /// The body under "tree"; null makes an expression with neither list nor tree.
     [[nodiscard]] std::unique_ptr<QueltEeGenericExpression> readTree(const Value& tree) const;
@@ -62,6 +65,7 @@ private:
     void readOperation(const Value& value, QueltEeEffectivityExpression& expression) const;
 
     const LoadedContext& m_context;
+    WorkingEffectivities* m_working;
     CriterionReader m_criterionReader;
 };
 

@@ -62,13 +62,15 @@ Record RecordReader::read(simdjson::dom::element root) const {
     if (record.binary != nullptr) {
         return record;
     }
-    record.expression = readExpression(fields, m_expressionReader);
+    record.isBranched = fields.flag<Key::branch>() || m_branchesAll;
+    if (record.isBranched) {
+        record.effectivities = std::make_unique<WorkingEffectivities>();
+    }
+    const ExpressionReader expressionReader(m_context, record.effectivities.get());
+    record.expression = readExpression(fields, expressionReader);
     record.isChange = fields.flag<Key::change>();
     if (const std::optional<Value> basicEff = fields.find<Key::basicEff>()) {
-        record.basicEffectivity = &readBasicEffectivity(*basicEff, m_expressionReader);
-    }
-    if (fields.flag<Key::branch>()) {
-        fields.get(Key::branch).refuse("'branch' is not supported yet");
+        record.basicEffectivity = &readBasicEffectivity(*basicEff, expressionReader);
     }
     return record;
 }

@@ -23,7 +23,7 @@ std::string withoutAddresses(const std::string& answer) {
 }
 
 /// The answer to the case's record.
-rapidjson::Document answerTo(const Case& one, AnswerOptions options) {
+rapidjson::Document answerTo(const Case& one, ConvertOptions options) {
     std::string context = one.context;
     context.reserve(context.size() + simdjson::SIMDJSON_PADDING);
     const std::unique_ptr<LoadedContext> loaded = readContext({context.data(), context.size()});

@@ -32,6 +32,7 @@ TEST(ExportedInterface, convertsAnExpression) {
     ASSERT_EQ(map->GetLength(), 1);
     EXPECT_NE(QueltEeEffectivityExpression::cast(map->Get(QueltInIntHolder(3))), nullptr)
         << "module and host agree on the classes of the core";
+    EXPECT_EQ(QueltEeTarselMigrationServices::ConvertFromFlatSeriesExprToBranchingExpr(context, *map), 0);
     QueltInDeleteWithObjects(map);
 }
 

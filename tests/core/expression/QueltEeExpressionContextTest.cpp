@@ -62,6 +62,17 @@ protected:
     QueltEeBasicEff m_basic{"EFF-7", guidOf(22)};
 };
 
+/// Stands for another effectivity.
+class StandIn : public QueltEeBasicEff {
+public:
+    explicit StandIn(const QueltEeEffectivity& origin)
+        : QueltEeBasicEff(origin.getName(), origin.getGuid()), m_origin(origin) {}
+    [[nodiscard]] const QueltEeEffectivity& getOrigin() const override { return m_origin; }
+
+private:
+    const QueltEeEffectivity& m_origin;
+};
+
 } // namespace
 
 TEST_F(QueltEeExpressionContextTest, KnowsItsDictionariesByName) {
@@ -129,6 +140,20 @@ TEST_F(QueltEeExpressionContextTest, KnowsWhereEffectivitiesAreInherited) {
     EXPECT_EQ(m_context.addInheritedDictionary(m_basic, stranger), E_INVALIDARG);
     EXPECT_EQ(inheritedIn(m_basic), "Van Truck ");
     EXPECT_EQ(inheritedIn(other), "");
+}
+
+TEST_F(QueltEeExpressionContextTest, WhatStandsForAnEffectivityIsInheritedWhereThatIs) {
+    QueltEeModelDico* const truck = add("Truck", 1);
+    QueltEeModelDico* const van = add("Van", 2);
+    EXPECT_EQ(&m_basic.getOrigin(), &m_basic);
+    const StandIn standIn(m_basic);
+    const QueltEeBasicEff namesake(m_basic.getName(), m_basic.getGuid());
+    EXPECT_EQ(m_context.addInheritedDictionary(m_basic, *van), S_OK);
+    EXPECT_EQ(m_context.addInheritedDictionary(standIn, *van), E_ALREADYTHERE);
+    EXPECT_EQ(m_context.addInheritedDictionary(standIn, *truck), S_OK);
+    EXPECT_EQ(inheritedIn(m_basic), "Van Truck ");
+    EXPECT_EQ(inheritedIn(standIn), "Van Truck ");
+    EXPECT_EQ(inheritedIn(namesake), "") << "a name alone stands for nothing";
 }
 
 TEST_F(QueltEeExpressionContextTest, SortsOutTheDictionariesThatContainAFeature) {

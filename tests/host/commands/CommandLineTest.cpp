@@ -53,6 +53,7 @@ TEST_F(CommandLineTest, helpAndVersion) {
     EXPECT_EQ(run({"convert", "--help"}), 0);
     EXPECT_THAT(output.text(), HasSubstr("--context FILE REQUIRED"));
     EXPECT_THAT(output.text(), HasSubstr("--with-input"));
+    EXPECT_THAT(output.text(), HasSubstr("--branch"));
     EXPECT_THAT(output.text(), HasSubstr("Exit status"));
     EXPECT_EQ(run({"compile", "--help"}), 0);
     EXPECT_THAT(output.text(), HasSubstr("0 every record compiled"));
@@ -92,10 +93,32 @@ TEST_F(CommandLineTest, unusableCommandLines) {
     EXPECT_EQ(output.text(), "");
 }
 
-TEST_F(CommandLineTest, branchIsNotSupportedYet) {
-    EXPECT_EQ(convert({"--branch"}, s_record), 2);
-    EXPECT_EQ(messages.str(), "quelt-migrate: --branch is not supported yet\n");
-    EXPECT_EQ(output.text(), "");
+/// A product series becomes its tree: after the shift, 6 to 8 are 5 to 7, and 10 is 9, which the tree lacks.
+constexpr const char* s_series = R"({"id":"P-1","tree":{"serial":"Unit","in":[[6,8]]}})"
+                                 "\n"
+                                 R"({"id":"P-2","tree":{"serial":"Unit","in":[[10,10]]}})"
+                                 "\n";
+
+TEST_F(CommandLineTest, branchesAllRecords) {
+    EXPECT_EQ(convert({}, s_series), 0);
+    EXPECT_EQ(output.text().find("branchResult"), std::string::npos);
+    output = TextSink();
+    EXPECT_EQ(convert({"--branch"}, s_series), 1)
+        << "a record that was converted and not branched has failed";
+    EXPECT_EQ(
+        output.text(),
+        R"({"id":"P-1","result":0,"branchResult":0,"map":[{"domain":2,"expression":{"kind":"effectivity",)"
+        R"("criteria":[{"dictionary":"Truck","own":{"treeSeries":"Line","of":"Truck",)"
+        R"("in":[{"from":5,"to":7}]}}]}}]})"
+        "\n"
+        R"({"id":"P-2","result":0,"branchResult":-2147467259,"code":"0x80004005",)"
+        R"("errors":["ERROR : No tree element found for this sequence number : 9",)"
+        R"("ERROR : run visitor QueltMigTransformSerialToTreeSeriesVisitor failed"],)"
+        R"("map":[{"domain":2,"expression":{"kind":"effectivity","criteria":[{"dictionary":"Truck",)"
+        R"("own":{"serial":"Unit","of":"Truck","in":[[9,9]]}}]}}]})"
+        "\n");
+    EXPECT_THAT(messages.str(), HasSubstr("No tree element found for this sequence number : 9"));
+    EXPECT_EQ(convert({"--branch"}, s_record), 0);
 }
 
 TEST_F(CommandLineTest, convertsStandardInput) {

@@ -49,7 +49,7 @@ std::string manyRecords(int count) {
 
 class ConversionRunTest : public testing::Test {
 protected:
-    RunResult run(ByteSource& source, ByteSink& sink, unsigned jobs, AnswerOptions options = {}) {
+    RunResult run(ByteSource& source, ByteSink& sink, unsigned jobs, ConvertOptions options = {}) {
         Console console{.input = source, .output = sink, .messages = messages};
         Progress progress(console, source.size());
         return runConversion([&] { return std::make_unique<RecordConverter>(*context, options); }, jobs,
@@ -78,8 +78,9 @@ TEST_F(ConversionRunTest, answersEveryRecordInOrder) {
 
 TEST_F(ConversionRunTest, jobsDoNotChangeTheAnswers) {
     const std::string text = manyRecords(3'000);
-    for (const AnswerOptions options :
-         {AnswerOptions{}, AnswerOptions{.withInput = true, .withTrace = true}}) {
+    for (const ConvertOptions options :
+         {ConvertOptions{}, ConvertOptions{.withInput = true, .withTrace = true},
+          ConvertOptions{.branchesAll = true, .withTrace = true}}) {
         TextSource one(text);
         TextSink expected;
         const RunResult expectedResult = run(one, expected, 1, options);

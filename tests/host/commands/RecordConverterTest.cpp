@@ -24,7 +24,7 @@ using test::sampleContext;
 
 class RecordConverterTest : public testing::Test {
 protected:
-    std::string answer(std::string_view line, AnswerOptions options = {}) {
+    std::string answer(std::string_view line, ConvertOptions options = {}) {
         return answerTo(*context, line, options);
     }
     std::unique_ptr<LoadedContext> context = contextOf(sampleContext());
@@ -216,7 +216,7 @@ TEST_F(RecordConverterTest, deepestTreesConvertOnAnyThread) {
         R"({"and":[)" + repeated(R"({"or":[true,)", levels - 1) + R"({"eff":"ECO-1"})" +
             repeated("]}", levels)};
     for (const std::string& tree : trees) {
-        for (const char* const change : {"", R"(,"change":true)"}) {
+        for (const char* const change : {"", R"(,"change":true)", R"(,"branch":true)"}) {
             const std::string line = R"({"id":"x","tree":)" + tree + change + "}";
             std::string answer;
             std::thread([&] {
@@ -226,6 +226,136 @@ TEST_F(RecordConverterTest, deepestTreesConvertOnAnyThread) {
             EXPECT_NE(answer.find(tree), std::string::npos) << answer.substr(0, 200);
         }
     }
+}
+
+constexpr const char* s_branchingContext = R"({"format": "quelt-context/1",
+ "dictionaries": [{"name": "Truck", "guid": "00000000-0000-4000-8000-000000000001", "variables": [
+   {"kind": "option", "name": "Engine", "guid": "00000000-0000-4000-8000-000000000002", "values": ["V6"]},
+   {"kind": "serial", "name": "Unit", "guid": "00000000-0000-4000-8000-000000000003", "externalType": 99},
+   {"kind": "treeSeries", "name": "Line", "guid": "00000000-0000-4000-8000-000000000004", "number": 18,
+    "elements": [{"seq": 1}, {"seq": 5, "parent": 1}]}]}],
+ "effectivities": [
+  {"kind": "predefined", "name": "GOOD", "guid": "00000000-0000-4000-8000-000000000011",
+   "expression": {"multiModel": {"kind": "change", "criteria": [
+     {"dictionary": "Truck", "own": {"serial": "Unit", "in": [[5, 5]]}}]}}},
+  {"kind": "predefined", "name": "BAD", "guid": "00000000-0000-4000-8000-000000000012",
+   "expression": {"multiModel": {"kind": "effectivity", "criteria": [
+     {"dictionary": "Truck", "own": {"eff": "GOOD"}}],
+     "operations": [{"kind": 1, "effectivity": "WORSE"}]}}},
+  {"kind": "predefined", "name": "WORSE", "guid": "00000000-0000-4000-8000-000000000013",
+   "expression": {"multiModel": {"kind": "change", "criteria": [
+     {"dictionary": "Truck", "own": {"serial": "Unit", "in": [[6, 6]]}}]}}},
+  {"kind": "basic", "name": "BASE", "guid": "00000000-0000-4000-8000-000000000014", "inheritedIn": ["Truck"],
+   "expression": {"tree": {"serial": "Unit", "in": [[5, 5]]}}}]})";
+
+TEST(RecordConverterBranchTest, answersOfBothServicesStandTogether) {
+    const std::unique_ptr<LoadedContext> context = contextOf(s_branchingContext);
+    EXPECT_EQ(
+        answerTo(*context, R"({"id":"x","tree":{"serial":"Unit","in":[[1,5]]},"branch":true})"),
+        R"({"id":"x","result":0,"branchResult":0,"map":[{"domain":2,"expression":{"kind":"effectivity",)"
+        R"("criteria":[{"dictionary":"Truck","own":{"treeSeries":"Line","of":"Truck",)"
+        R"("in":[{"from":1,"to":5}]}}]}}]})");
+    EXPECT_EQ(
+        answerTo(*context, R"({"id":"x","list":[],"named":["GOOD"],"branch":true})"),
+        R"({"id":"x","result":0,"branchResult":1,)"
+        R"("warnings":["WARNING : Case of a filter with pure changes, all dictionaries of the first change will be )"
+        R"(assigned to the possible list of MD for the filter."],)"
+        R"("map":[{"domain":2,"expression":{"kind":"filter","dictionary":"Truck","criteria":[],)"
+        R"("named":["GOOD"]}}]})");
+    EXPECT_EQ(
+        answerTo(*context, R"({"id":"x","tree":null,"branch":true})"),
+        R"({"id":"x","result":-2147467259,"code":"0x80004005","errors":["ERROR : unexpected"],"map":[]})")
+        << "a conversion that failed is not followed by branching";
+    EXPECT_EQ(
+        answerTo(*context, R"({"id":"x","tree":{"eff":"BASE"},"basicEff":"BASE","branch":true})"),
+        R"({"id":"x","result":0,"branchResult":1,"map":[{"domain":2,"expression":{"kind":"effectivity",)"
+        R"("criteria":[{"dictionary":"Truck","inherited":{"eff":"BASE","of":"Truck"}}]}}]})")
+        << "the dictionaries of the context's effectivity are those of the one that the record works on";
+    EXPECT_EQ(
+        answerTo(*context, R"({"id":"x","tree":{"option":"Engine","in":["V6"]},"basicEff":"BASE"})",
+                 {.branchesAll = true}),
+        R"({"id":"x","result":0,"branchResult":0,"map":[{"domain":2,"expression":{"kind":"effectivity",)"
+        R"("criteria":[{"dictionary":"Truck","own":{"option":"Engine","of":"Truck","in":["V6"]}}]}}]})");
+}
+
+TEST(RecordConverterBranchTest, reasonsAndCountsAreThoseOfWhatFailed) {
+    const std::unique_ptr<LoadedContext> context = contextOf(s_branchingContext);
+    RecordConverter converter(*context, {});
+    TextBuffer answers;
+    Counts counts;
+    for (const char* const body :
+         {R"("tree":{"serial":"Unit","in":[[6,6]]},"branch":true)",
+          R"("tree":{"serial":"Unit","in":[[5,5]]},"branch":true)", R"("tree":null,"branch":true)",
+          R"("tree":{"serial":"Unit","in":[[6,6]]},"branch":false)"}) {
+        converter.convert({}, Padded(R"({"id":"x",)" + std::string(body) + "}").text(), answers, counts);
+    }
+    EXPECT_EQ(counts.converted, 2U);
+    EXPECT_EQ(counts.failed, 2U);
+    const auto reasons = converter.failures().mostFrequent();
+    ASSERT_EQ(reasons.size(), 2U);
+    EXPECT_EQ(reasons[0].first, "ERROR : No tree element found for this sequence number : 6");
+    EXPECT_EQ(reasons[1].first, "ERROR : unexpected");
+}
+
+/// Branching rewrites the expressions of effectivities, and a failure leaves them without.
+TEST(RecordConverterBranchTest, noRecordSeesWhatAnotherHasDone) {
+    std::vector<std::string> lines;
+    for (const char* const body :
+         {R"("list":[],"named":["BAD"])", R"("list":[],"named":["WORSE"])", R"("list":[],"named":["GOOD"])",
+          R"("list":[],"named":["BAD","GOOD"])", R"("tree":{"eff":"BAD"})", R"("tree":{"eff":"BASE"})",
+          R"("tree":{"and":[{"option":"Engine","in":["V6"]},{"eff":"GOOD"},{"eff":"WORSE"}]})"}) {
+        for (const char* const branch : {"", R"(,"branch":true)"}) {
+            lines.push_back(R"({"id":"x",)" + std::string(body) + branch + "}");
+        }
+    }
+    std::vector<std::string> alone;
+    for (const std::string& line : lines) {
+        alone.push_back(
+            answerTo(*contextOf(s_branchingContext), line, {.withInput = true, .withTrace = true}));
+    }
+    const std::unique_ptr<LoadedContext> context = contextOf(s_branchingContext);
+    const std::string before = test::dump(*context);
+    const auto convertAll = [&] {
+        RecordConverter converter(*context, {.withInput = true, .withTrace = true});
+        for (int round = 0; round < 20; ++round) {
+            for (std::size_t i = 0; i < lines.size(); ++i) {
+                const std::size_t at = round % 2 == 0 ? i : lines.size() - 1 - i;
+                TextBuffer answers;
+                Counts counts;
+                converter.convert({}, Padded(lines[at]).text(), answers, counts);
+                EXPECT_EQ(viewOf(answers), alone[at] + "\n");
+            }
+        }
+    };
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back(convertAll);
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    EXPECT_EQ(test::dump(*context), before);
+}
+
+/// Thousands of effectivities, each with an expression that refers to the next one.
+TEST(RecordConverterBranchTest, chainsOfEffectivitiesEndOnAnyThread) {
+    std::string json = R"({"format":"quelt-context/1","dictionaries":[],"effectivities":[)";
+    constexpr int length = 10'000;
+    for (int i = 0; i < length; ++i) {
+        json += (i > 0 ? R"(,{"kind":"predefined","name":"E)" : R"({"kind":"predefined","name":"E)") +
+                std::to_string(i) + R"(","guid":"00000000-0000-4000-8000-000000000001","expression":)" +
+                (i % 2 == 0 ? R"({"tree":{"eff":"E)" : R"({"list":[],"named":["E)") +
+                std::to_string((i + 1) % length) + (i % 2 == 0 ? R"("}}})" : R"("]}})");
+    }
+    const std::unique_ptr<LoadedContext> context = contextOf(json + "]}");
+    std::string answer;
+    std::thread([&] {
+        answer = answerTo(*context, R"({"id":"x","tree":{"eff":"E0"}})", {.branchesAll = true});
+    }).join();
+    EXPECT_TRUE(answer.starts_with(R"({"id":"x","result":0,"branchResult":-2147024882,"code":"0x8007000E")"))
+        << answer.substr(0, 200);
+    std::thread([&] { answer = answerTo(*context, R"({"id":"x","tree":{"eff":"E0"}})"); }).join();
+    EXPECT_EQ(answer.find("branchResult"), std::string::npos);
 }
 
 /// Every record sees the context as the file has it, whatever came before.
@@ -243,6 +373,8 @@ TEST(RecordConverterContextTest, contextStaysAsItIs) {
             ExpressionWriter(random.context()).writeBody(writer, *random.genericExpression());
             writer.key(Key::change);
             writer.flag(number % 2 == 0);
+            writer.key(Key::branch);
+            writer.flag(number % 3 != 0);
             writer.endObject();
             lines.emplace_back(viewOf(buffer));
         }

@@ -52,6 +52,17 @@ TEST_F(AnswerWriterTest, failureHasACode) {
     EXPECT_EQ(formatCode(E_ALREADYTHERE), "0x800700B7");
 }
 
+TEST_F(AnswerWriterTest, theCodeIsThatOfTheResultThatFailed) {
+    EXPECT_EQ(written({.id = "x", .result = 3, .branchResult = 1}),
+              R"({"id":"x","result":3,"branchResult":1,"map":[]})");
+    EXPECT_EQ(written({.id = "x", .result = 0, .branchResult = E_OUTOFMEMORY}),
+              R"({"id":"x","result":0,"branchResult":-2147024882,"code":"0x8007000E","map":[]})");
+    EXPECT_EQ(decisiveResult({.result = 3}), 3);
+    EXPECT_EQ(decisiveResult({.result = E_FAIL}), E_FAIL);
+    EXPECT_EQ(decisiveResult({.result = 3, .branchResult = 0}), 0);
+    EXPECT_EQ(decisiveResult({.result = 3, .branchResult = E_FAIL}), E_FAIL);
+}
+
 TEST_F(AnswerWriterTest, errorsAndWarningsComeInOrderBesideAnyResult) {
     const std::vector<QueltInTraceLine> lines{line("WARNING : first"), line("[ERROR] src/A.cpp(3)"),
                                               line("        ERROR : deep"), line("WARNING : second"),

@@ -48,6 +48,28 @@ TEST_F(RecordReaderTest, readsWhatIsToBeDone) {
     EXPECT_EQ(full.id, "");
     EXPECT_TRUE(full.isChange);
     EXPECT_EQ(full.basicEffectivity, context->findEffectivity("EFF-7"));
+    EXPECT_FALSE(full.isBranched);
+}
+
+TEST_F(RecordReaderTest, whatIsBranchedRefersToEffectivitiesOfItsOwn) {
+    const auto targetOf = [](const Record& record) {
+        return QueltEeEffLeaf::cast(record.expression->GetNodeRef()->getNode())->getTargetEff();
+    };
+    constexpr const char* line = R"({"id": "x", "tree": {"eff": "EFF-7"}, "basicEff": "EFF-7"})";
+    const QueltEeEffectivity* const shared = context->findEffectivity("EFF-7");
+    EXPECT_EQ(targetOf(read(line)), shared);
+    const Record asked =
+        read(R"({"id": "x", "branch": true, "basicEff": "EFF-7", "tree": {"eff": "EFF-7"}})");
+    EXPECT_TRUE(asked.isBranched);
+    EXPECT_NE(targetOf(asked), shared);
+    EXPECT_EQ(&targetOf(asked)->getOrigin(), shared);
+    EXPECT_EQ(targetOf(asked), asked.basicEffectivity);
+    const Padded text(line);
+    JsonParser parser;
+    const Record all = RecordReader(*context, true).read(parser.parse(text.text()));
+    EXPECT_TRUE(all.isBranched);
+    EXPECT_EQ(&targetOf(all)->getOrigin(), shared);
+    EXPECT_NE(targetOf(all), targetOf(asked)) << "each record has its own";
 }
 
 TEST_F(RecordReaderTest, readsEveryNode) {
@@ -260,8 +282,6 @@ INSTANTIATE_TEST_SUITE_P(
                    "not base64: character 2 has no meaning there at /binary"},
         RefusalRow{R"({"id": "x", "compiled": {"domains": [{"domain": 2}]}})",
                    "missing key 'views' at /compiled/domains/0"},
-        RefusalRow{R"({"id": "x", "tree": true, "branch": true})",
-                   "'branch' is not supported yet at /branch"},
         RefusalRow{R"({"id": "x", "tree": true, "branch": 1})",
                    "expected true or false, found a number at /branch"},
         RefusalRow{R"({"id": "x", "tree": true, "change": "yes"})",

@@ -55,7 +55,7 @@ std::string written(const LoadedContext& context) {
     return std::string(viewOf(buffer));
 }
 
-std::string answerTo(const LoadedContext& context, std::string_view line, AnswerOptions options) {
+std::string answerTo(const LoadedContext& context, std::string_view line, ConvertOptions options) {
     RecordConverter converter(context, options);
     TextBuffer answers;
     Counts counts;

@@ -37,7 +37,7 @@ private:
 
 /// The answer to `line` as line 1, without the line end.
 [[nodiscard]] std::string answerTo(const LoadedContext& context, std::string_view line,
-                                   AnswerOptions options = {});
+                                   ConvertOptions options = {});
 /// What `line` is refused for, by the sample context; the whole answer when it is not refused.
 [[nodiscard]] std::string refusalOf(std::string_view line);
 
