@@ -1,6 +1,7 @@
 #pragma once
 
 #include "compiled/QueltFltDomainEffectivity.h"
+#include "infrastructure/QueltInMemory.h"
 
 #include <cstddef>
 #include <memory>
@@ -48,6 +49,6 @@ public:
 
 private:
     QueltInSmallVector<Entry, 1> m_domains;
-    QueltInSmallVector<QueltInObject*, 4> m_adopted;
+    QueltInVector<QueltInObject*> m_adopted;
 };
 extern template class QueltInTyped<QueltFltEffectivity, QueltInObject>;

@@ -50,7 +50,7 @@ TEST(QueltFltEffectivity, HasALimit) {
 /// Writes down when it is deleted.
 class Witness : public QueltEePredefEff {
 public:
-    Witness(bool& isGone) : QueltEePredefEff("ECO-1", guidOf(21)), m_isGone(isGone) {}
+    explicit Witness(bool& isGone) : QueltEePredefEff("ECO-1", guidOf(21)), m_isGone(isGone) {}
     ~Witness() override { m_isGone = true; }
     Witness(const Witness&) = delete;
     Witness& operator=(const Witness&) = delete;
