@@ -21,6 +21,10 @@ long MigrationTrace::failFor(const char* message, int number, std::source_locati
     return E_FAIL;
 }
 
+void MigrationTrace::writeLocation(std::source_location where) const {
+    writeMessage(QueltInTraceClass::GetError(), where.file_name(), "(", static_cast<int>(where.line()), ")");
+}
+
 void MethodTrace::writeEntry(const char* method) {
     m_trace.SetMethod(method);
     m_isMethodSet = true;
