@@ -130,7 +130,7 @@ private:
     long convertHistory(QueltEeNotOp& node);
     long enterHistory(bool& wasAtRoot);
     static long findHistoryChild(QueltInObject* element, QueltEeNode*& child);
-    long visitHistoryChild(QueltEeNode& child);
+    long takeHistoryChild(QueltEeNode& child);
     template <class Group, class Join>
     long collectHistory(Group& node, const Join& join);
     void joinForAnd(QueltEeNodeRef* previousEV, QueltEeGroupOp*& created);

@@ -50,7 +50,7 @@ long QueltEeGenExprToEeMMExprVisitor::convertHistory(QueltEeNotOp& node) {
     QueltEeNode* child = nullptr;
     result = findHistoryChild(node.getChildRef(), child);
     if (result >= 0) {
-        result = visitHistoryChild(*child);
+        result = takeHistoryChild(*child);
     }
     if (result < 0 || m_p_History_ChildNodeRef == nullptr) {
         return result;
@@ -72,7 +72,7 @@ long QueltEeGenExprToEeMMExprVisitor::findHistoryChild(QueltInObject* element, Q
     return child == nullptr ? s_trace.fail("ERROR : unexpected, child group op is not NodeRef ?") : S_OK;
 }
 
-long QueltEeGenExprToEeMMExprVisitor::visitHistoryChild(QueltEeNode& child) {
+long QueltEeGenExprToEeMMExprVisitor::takeHistoryChild(QueltEeNode& child) {
     const long result = child.acceptVisitor(*this);
     return result < 0 ? s_trace.fail("ERROR : acceptVisitor FAILED.", result) : result;
 }
@@ -90,7 +90,7 @@ long QueltEeGenExprToEeMMExprVisitor::collectHistory(Group& node, const Join& jo
             return result;
         }
         QueltEeNodeRef* const previousEV = std::exchange(m_p_EV_ChildNodeRef, nullptr);
-        result = visitHistoryChild(*child);
+        result = takeHistoryChild(*child);
         if (result < 0) {
             return result;
         }
