@@ -1,17 +1,17 @@
 #!/usr/bin/env bash
 # Sets up what is missing, builds, and runs the tests.
 #
-#     ./test.sh             release and asan, one after the other
+#     ./test.sh             release, asan and fuzz, one after the other
 #     ./test.sh PRESET...   the presets named, out of: release debug asan tsan fuzz
 #
-# The thread sanitizer (tsan) is for whoever changes what threads share: with it, a run takes half as long again. The
-# preset fuzz runs each fuzz target for a minute, see scripts/fuzz.sh.
+# The preset fuzz runs each fuzz target for a minute, see scripts/fuzz.sh. The thread sanitizer (tsan) is for whoever
+# changes what threads share: with it, a run takes half as long again.
 set -euo pipefail
 
 cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")"
 presets=("$@")
 if [ $# -eq 0 ]; then
-    presets=(release asan)
+    presets=(release asan fuzz)
 fi
 for preset in "${presets[@]}"; do
     case $preset in
