@@ -179,6 +179,11 @@ long QueltMigTransformSerialToTreeSeriesVisitor::visitEffLeaf(QueltEeEffLeaf& le
     if (target == nullptr) {
         return s_trace.fail("ERROR : unexpected");
     }
+    // Another walk over the same expression finds nothing to rewrite, and where effectivities name each other
+    // more than once, there would be twice as many walks with every level. Only a trace shows them.
+    if (!s_trace.isActivated() && m_rewritten.contains(target)) {
+        return S_OK;
+    }
     QueltEeExpression* expression = nullptr;
     long result = target->removeExpr(expression);
     if (result < 0) {
@@ -189,6 +194,7 @@ long QueltMigTransformSerialToTreeSeriesVisitor::visitEffLeaf(QueltEeEffLeaf& le
         if (result < 0) {
             return s_trace.fail("ERROR : runConstVisitor FAILED", result); // and the expression stays out
         }
+        m_rewritten.insert(target);
     }
     target->setExpr(expression);
     return result;

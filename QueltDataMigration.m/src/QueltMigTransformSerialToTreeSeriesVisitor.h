@@ -2,6 +2,9 @@
 
 #include "expression/QueltEeNodeVisitor.h"
 
+#include <unordered_set>
+
+class QueltEeEffectivity;
 class QueltEeExpressionContext;
 class QueltEeOperator;
 class QueltEeSerialEff;
@@ -49,6 +52,8 @@ private:
 
     [[maybe_unused]] const QueltEeExpressionContext* m_pContext;
     unsigned char m_bSingleSelectionMade = 0;
+    // Not part of the visitor's state as others see it: whose expressions it has rewritten.
+    std::unordered_set<const QueltEeEffectivity*> m_rewritten;
 };
 extern template class QueltInTyped<QueltMigTransformSerialToTreeSeriesVisitor, QueltEeNodeVisitor>;
 
