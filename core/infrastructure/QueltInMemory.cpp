@@ -24,6 +24,7 @@ constexpr std::size_t s_alignment = 16;
 constexpr std::size_t s_firstBlock = std::size_t{64} * 1024;
 constexpr std::size_t s_largestStep = std::size_t{1024} * 1024;
 constexpr std::size_t s_largestKept = std::size_t{4} * 1024 * 1024;
+constexpr std::size_t s_mostBucketsKept = 4096;
 
 static_assert(__STDCPP_DEFAULT_NEW_ALIGNMENT__ >= s_alignment,
               "blocks and heap objects are aligned by operator new");
@@ -131,7 +132,12 @@ void QueltInArena::letGoOfShares() noexcept {
     for (const auto& [thing, letGo] : m_shares) {
         letGo(thing);
     }
-    m_shares.clear();
+    // Clearing visits every bucket: those of one large conversion would be paid for by all behind it.
+    if (m_shares.bucket_count() > s_mostBucketsKept) {
+        m_shares = {};
+    } else {
+        m_shares.clear();
+    }
 }
 
 void* QueltInArena::take(std::size_t bytes) {
