@@ -2,6 +2,7 @@
 
 #include "expression/QueltEeCriteria.h"
 #include "expression/QueltEeNode.h"
+#include "infrastructure/QueltInKeyedHash.h"
 
 #include <compare>
 #include <cstddef>
@@ -60,7 +61,7 @@ private:
     struct Slot {
         const void* variable; // null for an effectivity leaf
         std::uint32_t representative;
-        std::unordered_map<std::string, std::uint32_t> byText;
+        std::unordered_map<std::string, std::uint32_t, KeyedTextHash> byText;
     };
     /// How many variables with one GUID, but different values, are told apart before each leaf has a slot of
     /// its own.

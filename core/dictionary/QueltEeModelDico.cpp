@@ -27,6 +27,9 @@ long QueltEeModelDico::addVariable(QueltEeVariable* variable) {
     const QueltInName& name = m_names.emplace_back(variable->getSharedName());
     m_byName.emplace(name.text().view(), variable);
     addFeature(variable->getGuid());
+    if (QueltEeTreeSeriesVar* const series = QueltEeTreeSeriesVar::cast(variable); series != nullptr) {
+        m_treeSeries.try_emplace(series->getNumber(), series);
+    }
     m_variables.emplace_back(variable);
     variable->m_pHolder = this;
     return S_OK;
@@ -57,11 +60,6 @@ bool QueltEeModelDico::containsFeature(const QueltInGuid& guid, std::uint64_t ha
 }
 
 QueltEeTreeSeriesVar* QueltEeModelDico::getTreeSeriesVariable(unsigned int number) const {
-    for (const std::unique_ptr<QueltEeVariable>& variable : m_variables) {
-        QueltEeTreeSeriesVar* const series = QueltEeTreeSeriesVar::cast(variable.get());
-        if (series != nullptr && series->getNumber() == number) {
-            return series;
-        }
-    }
-    return nullptr;
+    const auto found = m_treeSeries.find(number);
+    return found != m_treeSeries.end() ? found->second : nullptr;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "dictionary/QueltEeVariable.h"
+#include "infrastructure/QueltInKeyedHash.h"
 #include "infrastructure/QueltInMemory.h"
 #include "infrastructure/QueltInNamePool.h"
 
@@ -30,9 +31,8 @@ public:
     [[nodiscard]] bool agreesWith(const QueltEeNamedValueVar& other) const;
 
 private:
-    using Numbers =
-        std::unordered_map<std::string_view, std::uint32_t, std::hash<std::string_view>, std::equal_to<>,
-                           QueltInAllocator<std::pair<const std::string_view, std::uint32_t>>>;
+    using Numbers = std::unordered_map<std::string_view, std::uint32_t, quelt::KeyedTextHash, std::equal_to<>,
+                                       QueltInAllocator<std::pair<const std::string_view, std::uint32_t>>>;
 
     QueltInVector<QueltInName> m_values;
     Numbers m_numbers; // keys stand in m_values

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "dictionary/QueltEeVariable.h"
+#include "infrastructure/QueltInKeyedHash.h"
 
 #include <cstdint>
 #include <memory>
@@ -78,6 +79,6 @@ private:
 
     unsigned int m_number;
     std::vector<std::unique_ptr<QueltEeTreeSeriesElement>> m_elements;
-    std::unordered_map<unsigned int, QueltEeTreeSeriesElement*> m_byNumber;
+    std::unordered_map<unsigned int, QueltEeTreeSeriesElement*, quelt::KeyedNumberHash> m_byNumber;
 };
 extern template class QueltInTyped<QueltEeTreeSeriesVar, QueltEeVariable>;

@@ -1,5 +1,6 @@
 #include "infrastructure/QueltInGuid.h"
 
+#include "infrastructure/QueltInKeyedHash.h"
 #include "infrastructure/QueltInResult.h"
 #include "infrastructure/QueltInTypedDefinition.h"
 #include "infrastructure/QueltInValueTools.h"
@@ -83,8 +84,8 @@ unsigned int QueltInGuid::hash() const {
 }
 
 std::uint64_t QueltInGuid::fullHash() const noexcept {
-    std::array<std::uint64_t, 2> halves{};
-    static_assert(sizeof halves == sizeof m_bytes);
-    std::memcpy(halves.data(), m_bytes.data(), sizeof halves);
-    return quelt::hashInOrder(quelt::mixBits(halves[0]), halves[1]);
+    std::array<std::uint32_t, 4> words{};
+    static_assert(sizeof words == sizeof m_bytes);
+    std::memcpy(words.data(), m_bytes.data(), sizeof words);
+    return quelt::keyedHash(words);
 }

@@ -1,5 +1,7 @@
 #include "infrastructure/QueltInNamePool.h"
 
+#include "infrastructure/QueltInKeyedHash.h"
+
 #include <atomic>
 #include <cstddef>
 #include <memory>
@@ -74,7 +76,7 @@ public:
 
 private:
     std::shared_mutex m_mutex;
-    std::unordered_map<std::string_view, NameEntry*> m_entries; // the keys view the entries' texts
+    std::unordered_map<std::string_view, NameEntry*, quelt::KeyedTextHash> m_entries; // of the entries' texts
 };
 
 void letGo(void* entry) noexcept {

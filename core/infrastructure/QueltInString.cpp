@@ -1,12 +1,12 @@
 #include "infrastructure/QueltInString.h"
 
+#include "infrastructure/QueltInKeyedHash.h"
 #include "infrastructure/QueltInResult.h"
 #include "infrastructure/QueltInTypedDefinition.h"
 #include "infrastructure/QueltInValueTools.h"
 
 #include <algorithm>
 #include <charconv>
-#include <functional>
 #include <system_error>
 
 template class QueltInTyped<QueltInString, QueltInObjectVal>;
@@ -50,5 +50,5 @@ int QueltInString::equals(const QueltInObjectVal& other) const {
 }
 
 unsigned int QueltInString::hash() const {
-    return quelt::foldHash(std::hash<std::string_view>()(view()));
+    return quelt::foldHash(quelt::keyedHash(view()));
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "infrastructure/QueltInKeyedHash.h"
+
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -43,15 +45,9 @@ public:
     [[nodiscard]] std::uint64_t others() const noexcept { return m_others; }
 
 private:
-    struct TextHash {
-        using is_transparent = void;
-        std::size_t operator()(std::string_view text) const noexcept {
-            return std::hash<std::string_view>()(text);
-        }
-    };
     void add(std::string_view text, std::uint64_t count);
 
-    std::unordered_map<std::string, std::uint64_t, TextHash, std::equal_to<>> m_counts;
+    std::unordered_map<std::string, std::uint64_t, KeyedTextHash, std::equal_to<>> m_counts;
     std::uint64_t m_others = 0;
 };
 

@@ -9,7 +9,8 @@ bool isSameFeature(const QueltEeVariable& left, const QueltEeVariable& right) {
 }
 
 template <class Object>
-Object* findIn(const std::unordered_map<std::string_view, Object*>& map, std::string_view name) {
+Object* findIn(const std::unordered_map<std::string_view, Object*, KeyedTextHash>& map,
+               std::string_view name) {
     const auto found = map.find(name);
     return found != map.end() ? found->second : nullptr;
 }

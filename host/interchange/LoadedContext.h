@@ -3,6 +3,7 @@
 #include "dictionary/QueltEeModelDico.h"
 #include "effectivity/QueltEeEffectivity.h"
 #include "expression/QueltEeExpressionContext.h"
+#include "infrastructure/QueltInKeyedHash.h"
 
 #include <memory>
 #include <span>
@@ -57,7 +58,8 @@ public:
 
 private:
     template <class Object>
-    using ByName = std::unordered_map<std::string_view, Object>; // the texts are the objects' own
+    using ByName =
+        std::unordered_map<std::string_view, Object, KeyedTextHash>; // the texts are the objects' own
 
     void noteBearer(const QueltEeVariable& variable);
 
