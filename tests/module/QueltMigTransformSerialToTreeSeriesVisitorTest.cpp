@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <thread>
 
 namespace {
@@ -637,6 +638,34 @@ QueltEeExpression* asCriteria(QueltEeEffectivity& next) {
     auto* const expression = new QueltEeChangeExpression;
     expression->setGlobalCriteria((new QueltEeEffLeaf(&next, nullptr))->getNodeRef());
     return expression;
+}
+
+QueltEeExpression* asTwice(QueltEeEffectivity& next) {
+    return new QueltEeGenericExpression(
+        allOf({new QueltEeEffLeaf(&next, nullptr), new QueltEeEffLeaf(&next, nullptr)})->getNodeRef());
+}
+
+// Walked anew for each leaf, the last one would be come to 2 to the power of 60 times.
+TEST_F(Branching, anEffectivityIsWalkedOnceWhereNothingIsTraced) {
+    const Chain chain(60, asTwice, good());
+    const OwnedTree tree((new QueltEeEffLeaf(&chain.first(), nullptr))->getNodeRef());
+    QueltMigTransformSerialToTreeSeriesVisitor visitor(world.context);
+    EXPECT_EQ(tree->getNode()->acceptVisitor(visitor), S_OK);
+    EXPECT_EQ(expressionOf(chain.last()), "generic(Line in [5, 9])");
+    EXPECT_TRUE(hasExpression(chain.first()));
+}
+
+// A trace shows each of the walks.
+TEST_F(Branching, anEffectivityIsWalkedForEachLeafWhereATraceShowsIt) {
+    const Chain chain(4, asTwice, good());
+    const OwnedTree tree((new QueltEeEffLeaf(&chain.first(), nullptr))->getNodeRef());
+    const QueltInTraceCapture capture(QueltInTraceCapture::Wanted::everything);
+    QueltMigTransformSerialToTreeSeriesVisitor visitor(world.context);
+    EXPECT_EQ(tree->getNode()->acceptVisitor(visitor), S_OK);
+    const auto visits = std::count_if(capture.lines().begin(), capture.lines().end(), [](const auto& line) {
+        return line.methodName == "visitVarEffLeaf" && line.level == 1;
+    });
+    EXPECT_EQ(visits, 8);
 }
 
 /// On a thread with the stack that threads have.
