@@ -10,6 +10,13 @@ class QueltInMap;
 /// The migration services. They keep no state between calls; any number of threads may call them at once,
 /// each with its own expressions, and may share a context.
 ///
+/// Failures are results, but for one: where memory is exhausted, std::bad_alloc comes out. What had been
+/// built by then and not filed belongs to nobody, as after other failures.
+///
+/// Visits nest on the calling thread's stack, at most QueltEeNode::s_maxVisitDepth deep. A thread that
+/// converts or branches needs 2 MB of it: visits nested that deep took up to 1.5 MB, built without
+/// optimisation. Where threads are given less (1 MB is common), a host must ask for more.
+///
 /// The environment variables CGE_MigRen and CFG_DA_Migration_Optimization are read once, when the module is
 /// loaded; only whether they are set counts.
 class QUELT_DATA_MIGRATION_API QueltEeTarselMigrationServices {

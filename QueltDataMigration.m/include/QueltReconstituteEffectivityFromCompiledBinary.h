@@ -3,6 +3,8 @@
 #include "QueltDataMigrationExport.h"
 
 #include "infrastructure/QueltInGuid.h"
+#include "infrastructure/QueltInObject.h"
+#include "infrastructure/QueltInTyped.h"
 
 #include <cstdint>
 
@@ -11,6 +13,9 @@ class QueltInList;
 
 /// Reads compiled change effectivities back into the changes that they apply. It keeps no state between
 /// calls; any number of threads may call it at once, each with its own lists.
+///
+/// Failures are results, but for one: where memory is exhausted, std::bad_alloc comes out, and what the lists
+/// have got by then stays in them. A large binary takes some sixty times its bytes while it is read.
 class QUELT_DATA_MIGRATION_API QueltReconstituteEffectivityFromCompiledBinary {
 public:
     QueltReconstituteEffectivityFromCompiledBinary() = delete;

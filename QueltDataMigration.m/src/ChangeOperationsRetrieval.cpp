@@ -7,6 +7,7 @@
 #include "expression/QueltEeLeaves.h"
 #include "expression/QueltEeOperators.h"
 #include "infrastructure/QueltInList.h"
+#include "infrastructure/QueltInMemory.h"
 
 namespace quelt {
 
@@ -14,7 +15,8 @@ namespace {
 
 using Element = QueltReconstituteEffectivityFromCompiledBinary::OperationStackElement;
 
-// Changes stand in the domain of evolution and variants, whatever the number of domains.
+// The domain of evolution, variants and changes, by its number, not by its place: there must be one domain
+// only, and it must be this one.
 constexpr unsigned int s_changeDomain = 2;
 constexpr unsigned char s_takeOver = 1;
 

@@ -3,6 +3,8 @@
 #include "CompiledBinaryCore.h"
 #include "MigrationTrace.h"
 
+#include <memory>
+
 class QueltEeAndOp;
 class QueltEeEffLeaf;
 class QueltFltEffectivity;

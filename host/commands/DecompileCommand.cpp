@@ -12,8 +12,8 @@ namespace {
 
 constexpr const char* s_footer =
     R"(A record {"id": ..., "binary": ...}, with the binary in base64, becomes {"id": ..., "compiled": ...}, whatever the
-binary holds; whether it can be read back into changes is for convert to say. Compiling the answers gives
-the same binaries again.
+binary holds, as long as its names are UTF-8; whether it can be read back into changes is for convert to say.
+Compiling the answers gives the same binaries again.
 
 Exit status: 0 every record decompiled; 1 some were malformed, or not all answers could be written; 2 the
 command line could not be used, and nothing was decompiled.)";

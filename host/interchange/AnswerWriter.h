@@ -36,7 +36,7 @@ struct Answer {
     const CompiledContent* content = nullptr;
     /// Everything that was traced meanwhile.
     std::span<const QueltInTraceLine> lines = {};
-    /// The expression as the conversion left it, when the answer shall show it, else null.
+    /// The expression as the services left it, when the answer shall show it, else null.
     const QueltEeGenericExpression* input = nullptr;
     /// Likewise, when the record is a compiled binary.
     const QueltBioBuffer* binaryInput = nullptr;

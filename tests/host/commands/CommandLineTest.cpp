@@ -322,6 +322,28 @@ TEST_F(CommandLineTest, compileAndDecompileAnswerMalformedLines) {
         "\n");
 }
 
+// The bytes likewise: one literal on an option with one value, whose name comes last.
+constexpr const char* s_latinName = // "V\xFC"
+    R"({"id":"B-1","binary":"UUZMVAEAAABXAAAAIkw0wgEAAAACAAAAAQAAAAAAAAABAAAAemwAAQAAQACAAAAAAAAAAQEAAAABAAAAAgoAAAEAAEAAgAAAAAAAAAEBAAAAAgAAAFb8"})"
+    "\n";
+constexpr const char* s_utf8Name = // "V\xC3\xBC"
+    R"({"id":"B-2","binary":"UUZMVAEAAABYAAAARMPCjwEAAAACAAAAAQAAAAAAAAABAAAAemwAAQAAQACAAAAAAAAAAQEAAAABAAAAAgoAAAEAAEAAgAAAAAAAAAEBAAAAAwAAAFbDvA=="})"
+    "\n";
+
+TEST_F(CommandLineTest, decompileRefusesNamesThatAreNotUtf8) {
+    EXPECT_EQ(run({"decompile"}, std::string(s_latinName) + s_utf8Name), 1);
+    EXPECT_EQ(output.text(),
+              R"({"line":1,"id":"B-1","malformed":"the name of an option's value is not UTF-8 at /binary"})"
+              "\n"
+              R"({"id":"B-2","compiled":{"domains":[{"domain":2,"views":[{"view":0,"contexts":[)"
+              R"({"dictionary":"7a6c0001-0000-4000-8000-000000000001",)"
+              R"("dnf":[[{"option":"0a000001-0000-4000-8000-000000000001","in":["V)"
+              "\xC3\xBC"
+              R"("]}]]}]}]}]}})"
+              "\n");
+    EXPECT_THAT(messages.str(), HasSubstr("malformed  1"));
+}
+
 TEST_F(CommandLineTest, compileAndDecompileRefuseFilesThatCannotBeUsed) {
     const std::string records = folder.write("records.ndjson", s_spelt);
     EXPECT_EQ(run({"compile", folder.path("missing")}), 2);

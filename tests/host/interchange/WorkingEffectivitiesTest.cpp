@@ -194,23 +194,44 @@ TEST_F(WorkingEffectivitiesTest, whatIsTakenRefersToWorkingEffectivities) {
     }
 }
 
-TEST(ExpressionCopyTest, copiesEverything) {
+/// Whether `copies` stand, one by one, for `originals`, and none is an original itself.
+void expectReplaced(const std::vector<const QueltEeEffectivity*>& originals,
+                    const std::vector<const QueltEeEffectivity*>& copies) {
+    ASSERT_EQ(copies.size(), originals.size());
+    for (std::size_t i = 0; i < originals.size(); ++i) {
+        if (originals[i] == nullptr) {
+            EXPECT_EQ(copies[i], nullptr);
+            continue;
+        }
+        ASSERT_NE(copies[i], nullptr);
+        EXPECT_NE(copies[i], originals[i]) << originals[i]->getName().view();
+        EXPECT_EQ(&copies[i]->getOrigin(), originals[i]);
+    }
+}
+
+TEST(ExpressionCopyTest, copiesEverythingAndReplacesEveryEffectivity) {
+    std::size_t replaced = 0;
     for (unsigned seed = 0; seed < 60; ++seed) {
         test::RandomContext random(seed);
         const std::string before = test::dump(random.context());
-        const ReplaceEffectivity keep = [](QueltEeEffectivity& effectivity) -> QueltEeEffectivity& {
-            return effectivity;
+        WorkingEffectivities effectivities;
+        const ReplaceEffectivity replace = [&](QueltEeEffectivity& effectivity) -> QueltEeEffectivity& {
+            return effectivities.of(effectivity);
         };
         for (int number = 0; number < 20; ++number) {
             const std::unique_ptr<QueltEeExpression> original =
                 number % 2 == 0 ? std::unique_ptr<QueltEeExpression>(random.genericExpression())
                                 : random.multiModelExpression();
-            const std::unique_ptr<QueltEeExpression> copy = copyExpression(*original, keep);
+            const std::unique_ptr<QueltEeExpression> copy = copyExpression(*original, replace);
             ASSERT_NE(copy, nullptr);
-            EXPECT_EQ(test::dump(*copy), test::dump(*original));
+            EXPECT_EQ(test::dump(*copy), test::dump(*original)) << "they have the same names";
+            const std::vector<const QueltEeEffectivity*> originals = targetsOf(*original);
+            expectReplaced(originals, targetsOf(*copy));
+            replaced += originals.size();
         }
         EXPECT_EQ(test::dump(random.context()), before);
     }
+    EXPECT_GT(replaced, 0U);
 }
 
 } // namespace
