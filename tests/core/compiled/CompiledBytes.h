@@ -78,9 +78,10 @@ public:
 
     /// The binary: a header, and what was put together so far.
     [[nodiscard]] std::vector<std::uint8_t> sealed(std::uint32_t version = 1) const {
-        std::vector<std::uint8_t> binary(16);
+        constexpr std::size_t header = 16;
+        std::vector<std::uint8_t> binary(header + m_bytes.size());
+        std::copy(m_bytes.begin(), m_bytes.end(), binary.begin() + header);
         putNumber(binary, 4, version);
-        binary.insert(binary.end(), m_bytes.begin(), m_bytes.end());
         repairHeader(binary);
         return binary;
     }
