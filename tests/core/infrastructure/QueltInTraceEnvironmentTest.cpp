@@ -54,8 +54,10 @@ protected:
         return {std::istreambuf_iterator<char>(stream), {}};
     }
 
-    const std::filesystem::path m_file =
-        std::filesystem::path(testing::TempDir()) / "QueltInTraceEnvironment.txt";
+    // Tests may run at the same time; each has a file of its own in the folder of its build.
+    const std::filesystem::path m_file = std::string("QueltInTraceEnvironment.") +
+                                         testing::UnitTest::GetInstance()->current_test_info()->name() +
+                                         ".txt";
 };
 
 /// The shapes of lines that a method writes, those that want an activated trace only when it is.
