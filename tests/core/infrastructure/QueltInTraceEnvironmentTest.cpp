@@ -153,7 +153,9 @@ TEST_F(QueltInTraceEnvironmentDeathTest, NamesAFileThatIsAppendedTo) {
     std::ofstream(m_file) << "there before\n";
     setTraceVariable(m_file.string());
     EXPECT_EXIT(traceAndEnd(), testing::ExitedWithCode(0), "^$");
-    EXPECT_EQ(fileText(), std::string("there before\n") + s_everything);
+    std::string whole = "there before\n";
+    whole += s_everything;
+    EXPECT_EQ(fileText(), whole);
 }
 
 TEST_F(QueltInTraceEnvironmentDeathTest, FallsBackToStandardErrorWhenTheFileCannotBeOpened) {
