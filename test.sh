@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Sets up what is missing, builds, and runs the tests.
 #
-#     ./test.sh             release, asan and fuzz, one after the other
+#     ./test.sh             fuzz, release and asan, one after the other
 #     ./test.sh PRESET...   the presets named, out of: release debug asan tsan fuzz
 #
 # The preset fuzz runs each fuzz target for a minute, see scripts/fuzz.sh. The thread sanitizer (tsan) is for whoever
@@ -11,7 +11,7 @@ set -euo pipefail
 cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")"
 presets=("$@")
 if [ $# -eq 0 ]; then
-    presets=(release asan fuzz)
+    presets=(fuzz release asan)
 fi
 for preset in "${presets[@]}"; do
     case $preset in
