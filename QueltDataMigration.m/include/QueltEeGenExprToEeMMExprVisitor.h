@@ -32,6 +32,10 @@ class QueltEeVarEff;
 class QueltInMap;
 class QueltInSet;
 
+class QueltEeGenExprToEeMMExprVisitor;
+extern template class QUELT_DATA_MIGRATION_API
+    QueltInTyped<QueltEeGenExprToEeMMExprVisitor, QueltEeNodeVisitor>;
+
 /// Walks the tree of one generic expression and builds the multi-model expressions from it: one change
 /// expression when a change is converted, up to three effectivity expressions otherwise. It is used once:
 /// construct it, let the root node accept it, and, when that succeeded, call generateMapDomainIDToEeExpr. One
@@ -197,4 +201,3 @@ private:
     // Not part of the conversion's state: what was made on the way, for all copies of the visitor together.
     std::shared_ptr<quelt::Belongings> m_pBelongings;
 };
-extern template class QueltInTyped<QueltEeGenExprToEeMMExprVisitor, QueltEeNodeVisitor>;

@@ -20,31 +20,7 @@ class QUELT_DATA_MIGRATION_API QueltReconstituteEffectivityFromCompiledBinary {
 public:
     QueltReconstituteEffectivityFromCompiledBinary() = delete;
 
-    /// One change that a compiled effectivity applies, or takes away. A move copies: what was moved from
-    /// stays as it was.
-    class QUELT_DATA_MIGRATION_API OperationStackElement
-        : public QueltInTyped<OperationStackElement, QueltInObject> {
-    public:
-        static constexpr const char* s_className =
-            "QueltReconstituteEffectivityFromCompiledBinary::OperationStackElement";
-
-        /// The empty GUID, applied.
-        OperationStackElement();
-        /// A copy of both members.
-        OperationStackElement(const OperationStackElement& other);
-        /// The same copy.
-        OperationStackElement(OperationStackElement&& other) noexcept;
-        ~OperationStackElement() override;
-        /// Copies both members; returns the element itself.
-        OperationStackElement& operator=(const OperationStackElement& other);
-        /// The same copy.
-        OperationStackElement& operator=(OperationStackElement&& other) noexcept;
-
-        /// The GUID of the change.
-        QueltInGuid m_Guid;
-        /// 1 when the change is applied, 0 when it is negated.
-        std::int32_t m_Positive = 1;
-    };
+    class OperationStackElement;
 
     /// Reads the changes that a compiled effectivity applies, and the dictionaries that it was compiled for.
     ///
@@ -63,5 +39,32 @@ public:
     static long RetrieveChangeOperations(const QueltBioBuffer& compiledBinary, QueltInList& operations,
                                          QueltInList& contextGuids);
 };
-extern template class QueltInTyped<QueltReconstituteEffectivityFromCompiledBinary::OperationStackElement,
-                                   QueltInObject>;
+
+extern template class QUELT_DATA_MIGRATION_API
+    QueltInTyped<QueltReconstituteEffectivityFromCompiledBinary::OperationStackElement, QueltInObject>;
+
+/// One change that a compiled effectivity applies, or takes away. A move copies: what was moved from
+/// stays as it was.
+class QUELT_DATA_MIGRATION_API QueltReconstituteEffectivityFromCompiledBinary::OperationStackElement
+    : public QueltInTyped<OperationStackElement, QueltInObject> {
+public:
+    static constexpr const char* s_className =
+        "QueltReconstituteEffectivityFromCompiledBinary::OperationStackElement";
+
+    /// The empty GUID, applied.
+    OperationStackElement();
+    /// A copy of both members.
+    OperationStackElement(const OperationStackElement& other);
+    /// The same copy.
+    OperationStackElement(OperationStackElement&& other) noexcept;
+    ~OperationStackElement() override;
+    /// Copies both members; returns the element itself.
+    OperationStackElement& operator=(const OperationStackElement& other);
+    /// The same copy.
+    OperationStackElement& operator=(OperationStackElement&& other) noexcept;
+
+    /// The GUID of the change.
+    QueltInGuid m_Guid;
+    /// 1 when the change is applied, 0 when it is negated.
+    std::int32_t m_Positive = 1;
+};

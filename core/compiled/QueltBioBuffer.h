@@ -7,6 +7,9 @@
 #include <cstdint>
 #include <span>
 
+class QueltBioBuffer;
+extern template class QUELT_CORE_API QueltInTyped<QueltBioBuffer, QueltInObject>;
+
 /// A string of bytes that holds a compiled expression. It says nothing of what the bytes mean: see
 /// QueltCompiledBinaryWriter, which makes them, and QueltCompiledBinaryParser, which reads them.
 class QUELT_CORE_API QueltBioBuffer : public QueltInTyped<QueltBioBuffer, QueltInObject> {
@@ -39,4 +42,3 @@ public:
 private:
     QueltInVector<std::uint8_t> m_bytes;
 };
-extern template class QueltInTyped<QueltBioBuffer, QueltInObject>;

@@ -8,6 +8,9 @@
 class QueltEeNode;
 class QueltEeNodeRef;
 
+class QueltDnf;
+extern template class QUELT_CORE_API QueltInTyped<QueltDnf, QueltInObject>;
+
 /// A disjunctive normal form: conjunctions, each of literals, each a leaf (an effectivity leaf, or a leaf
 /// with a variable effectivity; a negation is in the leaf). No conjunction is FALSE, an empty conjunction
 /// TRUE. It owns its leaves.
@@ -63,4 +66,3 @@ private:
     std::size_t m_values = 0;
     bool m_isHeld = false; // by a view
 };
-extern template class QueltInTyped<QueltDnf, QueltInObject>;

@@ -12,6 +12,9 @@ enum class QueltExpressionView : std::uint32_t {
     full = 0 ///< everything that was said
 };
 
+class QueltFltDomainEffectivity;
+extern template class QUELT_CORE_API QueltInTyped<QueltFltDomainEffectivity, QueltInObject>;
+
 /// What a compiled effectivity says in one domain: a view of each kind that it was compiled for.
 class QUELT_CORE_API QueltFltDomainEffectivity
     : public QueltInTyped<QueltFltDomainEffectivity, QueltInObject> {
@@ -50,4 +53,3 @@ private:
     QueltInSmallVector<Entry, 1> m_views;
     bool m_isHeld = false;
 };
-extern template class QueltInTyped<QueltFltDomainEffectivity, QueltInObject>;

@@ -7,6 +7,9 @@
 #include <memory>
 #include <span>
 
+class QueltFltEffectivity;
+extern template class QUELT_CORE_API QueltInTyped<QueltFltEffectivity, QueltInObject>;
+
 /// A compiled effectivity: what it says in each domain, by number (1 history, 2 evolution, variant and
 /// change, 3 constant). It owns its domains, and with them all views and normal forms; and, where they were
 /// handed over to it, the effectivities and variables that the leaves of the normal forms refer to.
@@ -51,4 +54,3 @@ private:
     QueltInSmallVector<Entry, 1> m_domains;
     QueltInVector<QueltInObject*> m_adopted;
 };
-extern template class QueltInTyped<QueltFltEffectivity, QueltInObject>;

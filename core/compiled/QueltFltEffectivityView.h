@@ -7,6 +7,9 @@
 
 class QueltInGuid;
 
+class QueltFltEffectivityView;
+extern template class QUELT_CORE_API QueltInTyped<QueltFltEffectivityView, QueltInObject>;
+
 /// One way to look at a compiled domain effectivity: for each context, which is a model dictionary known by
 /// its GUID, a disjunctive normal form.
 class QUELT_CORE_API QueltFltEffectivityView : public QueltInTyped<QueltFltEffectivityView, QueltInObject> {
@@ -41,4 +44,3 @@ private:
     friend class QueltFltDomainEffectivity;
     bool m_isHeld = false;
 };
-extern template class QueltInTyped<QueltFltEffectivityView, QueltInObject>;

@@ -3,6 +3,9 @@
 #include "infrastructure/QueltInGuid.h"
 #include "infrastructure/QueltInNamePool.h"
 
+class QueltEeDicoObject;
+extern template class QUELT_CORE_API QueltInTyped<QueltEeDicoObject, QueltInObject>;
+
 /// What bears a name and a GUID: dictionaries, variables, effectivities.
 class QUELT_CORE_API QueltEeDicoObject : public QueltInTyped<QueltEeDicoObject, QueltInObject> {
 public:
@@ -33,4 +36,3 @@ private:
     QueltInName m_name;
     QueltInGuid m_guid;
 };
-extern template class QueltInTyped<QueltEeDicoObject, QueltInObject>;

@@ -12,6 +12,9 @@
 
 class QueltEeTreeSeriesVar;
 
+class QueltEeModelDico;
+extern template class QUELT_CORE_API QueltInTyped<QueltEeModelDico, QueltEeDicoObject>;
+
 /// A model dictionary (MD): what one model of the product knows of features. It owns its variables. A
 /// variable that it holds keeps the name and the GUID that it was added with.
 class QUELT_CORE_API QueltEeModelDico : public QueltInTyped<QueltEeModelDico, QueltEeDicoObject> {
@@ -53,4 +56,3 @@ private:
     std::vector<QueltInGuid::Bytes> m_features; // each GUID once
     quelt::QueltInHashIndex m_featureIndex;     // finds them
 };
-extern template class QueltInTyped<QueltEeModelDico, QueltEeDicoObject>;

@@ -12,6 +12,9 @@
 #include <unordered_map>
 #include <utility>
 
+class QueltEeNamedValueVar;
+extern template class QUELT_CORE_API QueltInTyped<QueltEeNamedValueVar, QueltEeVariable>;
+
 /// A variable whose values have names. Values are known by their number, 0 for the first that was added.
 class QUELT_CORE_API QueltEeNamedValueVar : public QueltInTyped<QueltEeNamedValueVar, QueltEeVariable> {
 public:
@@ -37,7 +40,9 @@ private:
     QueltInVector<QueltInName> m_values;
     Numbers m_numbers; // keys stand in m_values
 };
-extern template class QueltInTyped<QueltEeNamedValueVar, QueltEeVariable>;
+
+class QueltEeCatOptionVar;
+extern template class QUELT_CORE_API QueltInTyped<QueltEeCatOptionVar, QueltEeNamedValueVar>;
 
 /// An option of the catalogue: "Engine" with the values V6 and V8.
 class QUELT_CORE_API QueltEeCatOptionVar : public QueltInTyped<QueltEeCatOptionVar, QueltEeNamedValueVar> {
@@ -45,7 +50,9 @@ public:
     static constexpr const char* s_className = "QueltEeCatOptionVar";
     using QueltInTyped::QueltInTyped;
 };
-extern template class QueltInTyped<QueltEeCatOptionVar, QueltEeNamedValueVar>;
+
+class QueltEeSelectionVar;
+extern template class QUELT_CORE_API QueltInTyped<QueltEeSelectionVar, QueltEeNamedValueVar>;
 
 /// A selection: "Package" with the values Sport and Winter.
 class QUELT_CORE_API QueltEeSelectionVar : public QueltInTyped<QueltEeSelectionVar, QueltEeNamedValueVar> {
@@ -53,4 +60,3 @@ public:
     static constexpr const char* s_className = "QueltEeSelectionVar";
     using QueltInTyped::QueltInTyped;
 };
-extern template class QueltInTyped<QueltEeSelectionVar, QueltEeNamedValueVar>;

@@ -3,6 +3,9 @@
 #include "dictionary/QueltEeVariable.h"
 #include "infrastructure/QueltInMap.h"
 
+class QueltEeSerialVarValue;
+extern template class QUELT_CORE_API QueltInTyped<QueltEeSerialVarValue, QueltInObject>;
+
 /// One value of a serial variable: a revision text (a model year) and its sequence number in the dictionary.
 class QUELT_CORE_API QueltEeSerialVarValue : public QueltInTyped<QueltEeSerialVarValue, QueltInObject> {
 public:
@@ -21,7 +24,9 @@ private:
     QueltInString m_revision;
     unsigned int m_sequenceNumber;
 };
-extern template class QueltInTyped<QueltEeSerialVarValue, QueltInObject>;
+
+class QueltEeSerialVar;
+extern template class QUELT_CORE_API QueltInTyped<QueltEeSerialVar, QueltEeVariable>;
 
 /// A flat series: products numbered by sequence, of a kind that the external type tells.
 class QUELT_CORE_API QueltEeSerialVar : public QueltInTyped<QueltEeSerialVar, QueltEeVariable> {
@@ -59,4 +64,3 @@ private:
     SerialExternalType m_externalType;
     QueltInMap* m_pRevisions = nullptr; // owned, with its values
 };
-extern template class QueltInTyped<QueltEeSerialVar, QueltEeVariable>;

@@ -8,6 +8,9 @@
 #include <unordered_map>
 #include <vector>
 
+class QueltEeTreeSeriesElement;
+extern template class QUELT_CORE_API QueltInTyped<QueltEeTreeSeriesElement, QueltInObject>;
+
 /// A node of a tree series.
 class QUELT_CORE_API QueltEeTreeSeriesElement : public QueltInTyped<QueltEeTreeSeriesElement, QueltInObject> {
 public:
@@ -38,7 +41,9 @@ private:
     const QueltEeTreeSeriesElement*
         m_pJump; // far above, so that every ancestor is a few steps away; the root's is itself
 };
-extern template class QueltInTyped<QueltEeTreeSeriesElement, QueltInObject>;
+
+class QueltEeTreeSeriesVar;
+extern template class QUELT_CORE_API QueltInTyped<QueltEeTreeSeriesVar, QueltEeVariable>;
 
 /// A branching series: its elements form a tree. Number 18 is the product series' tree, 19 the manufacturing
 /// series'.
@@ -81,4 +86,3 @@ private:
     std::vector<std::unique_ptr<QueltEeTreeSeriesElement>> m_elements;
     std::unordered_map<unsigned int, QueltEeTreeSeriesElement*, quelt::KeyedNumberHash> m_byNumber;
 };
-extern template class QueltInTyped<QueltEeTreeSeriesVar, QueltEeVariable>;

@@ -4,6 +4,9 @@
 
 class QueltEeModelDico;
 
+class QueltEeVariable;
+extern template class QUELT_CORE_API QueltInTyped<QueltEeVariable, QueltEeDicoObject>;
+
 /// A feature of a configurable product as one dictionary knows it. The same feature in two dictionaries is
 /// two variables with the same GUID.
 class QUELT_CORE_API QueltEeVariable : public QueltInTyped<QueltEeVariable, QueltEeDicoObject> {
@@ -23,4 +26,3 @@ private:
     friend class QueltEeModelDico;
     QueltEeModelDico* m_pHolder = nullptr;
 };
-extern template class QueltInTyped<QueltEeVariable, QueltEeDicoObject>;

@@ -28,6 +28,9 @@ struct QUELT_CORE_API QueltEeDate {
     [[nodiscard]] static std::string format(std::int64_t seconds);
 };
 
+class QueltEeDateEff;
+extern template class QUELT_CORE_API QueltInTyped<QueltEeDateEff, QueltEeVarEff>;
+
 /// A date effectivity: intervals of time, closed below and open above, kept as given. It has no variable. An
 /// interval that does not end after its start holds nothing.
 class QUELT_CORE_API QueltEeDateEff : public QueltInTyped<QueltEeDateEff, QueltEeVarEff> {
@@ -70,4 +73,3 @@ private:
 
     QueltInSmallVector<Interval, 2> m_intervals;
 };
-extern template class QueltInTyped<QueltEeDateEff, QueltEeVarEff>;

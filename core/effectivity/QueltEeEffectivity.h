@@ -5,6 +5,9 @@
 class QueltEeExpression;
 class QueltEeNodeRef;
 
+class QueltEeEffectivity;
+extern template class QUELT_CORE_API QueltInTyped<QueltEeEffectivity, QueltEeDicoObject>;
+
 /// A named effectivity with an expression of its own, which it owns. Leaves, lists and operations share
 /// effectivities and never delete them: they belong to a context or to whoever made them, and must outlive
 /// what refers to them.
@@ -38,7 +41,9 @@ protected:
 private:
     QueltEeExpression* m_pExpression = nullptr;
 };
-extern template class QueltInTyped<QueltEeEffectivity, QueltEeDicoObject>;
+
+class QueltEePredefEff;
+extern template class QUELT_CORE_API QueltInTyped<QueltEePredefEff, QueltEeEffectivity>;
 
 /// A predefined effectivity: an engineering change.
 class QUELT_CORE_API QueltEePredefEff : public QueltInTyped<QueltEePredefEff, QueltEeEffectivity> {
@@ -46,7 +51,9 @@ public:
     static constexpr const char* s_className = "QueltEePredefEff";
     using QueltInTyped::QueltInTyped;
 };
-extern template class QueltInTyped<QueltEePredefEff, QueltEeEffectivity>;
+
+class QueltEeBasicEff;
+extern template class QUELT_CORE_API QueltInTyped<QueltEeBasicEff, QueltEeEffectivity>;
 
 /// A basic effectivity, which dictionaries can inherit.
 class QUELT_CORE_API QueltEeBasicEff : public QueltInTyped<QueltEeBasicEff, QueltEeEffectivity> {
@@ -58,4 +65,3 @@ public:
     /// the caller.
     [[nodiscard]] virtual QueltEeNodeRef* getOwnNodeRef() const;
 };
-extern template class QueltInTyped<QueltEeBasicEff, QueltEeEffectivity>;

@@ -9,6 +9,9 @@ class ValueSet;
 enum class SetOperation;
 } // namespace quelt
 
+class QueltEeNamedValueEff;
+extern template class QUELT_CORE_API QueltInTyped<QueltEeNamedValueEff, QueltEeVarEff>;
+
 /// An effectivity on a variable whose values have names. It holds value numbers in the order they were given,
 /// repetitions included. All values of the variable together, with "no variable", are everything. Without
 /// variable there are no values, and only "no variable" counts.
@@ -47,7 +50,9 @@ private:
     const QueltEeNamedValueVar* m_pVariable;
     QueltInSmallVector<std::uint32_t, 4> m_values;
 };
-extern template class QueltInTyped<QueltEeNamedValueEff, QueltEeVarEff>;
+
+class QueltEeOptionEff;
+extern template class QUELT_CORE_API QueltInTyped<QueltEeOptionEff, QueltEeNamedValueEff>;
 
 /// An effectivity on a catalogue option.
 class QUELT_CORE_API QueltEeOptionEff : public QueltInTyped<QueltEeOptionEff, QueltEeNamedValueEff> {
@@ -57,7 +62,9 @@ public:
     explicit QueltEeOptionEff(const QueltEeCatOptionVar* variable) noexcept;
     [[nodiscard]] QueltEeVarEff* createVarEffClone() const override;
 };
-extern template class QueltInTyped<QueltEeOptionEff, QueltEeNamedValueEff>;
+
+class QueltEeSelectionEff;
+extern template class QUELT_CORE_API QueltInTyped<QueltEeSelectionEff, QueltEeNamedValueEff>;
 
 /// An effectivity on a selection.
 class QUELT_CORE_API QueltEeSelectionEff : public QueltInTyped<QueltEeSelectionEff, QueltEeNamedValueEff> {
@@ -67,4 +74,3 @@ public:
     explicit QueltEeSelectionEff(const QueltEeSelectionVar* variable) noexcept;
     [[nodiscard]] QueltEeVarEff* createVarEffClone() const override;
 };
-extern template class QueltInTyped<QueltEeSelectionEff, QueltEeNamedValueEff>;

@@ -11,6 +11,9 @@ class IntervalSet;
 enum class SetOperation;
 } // namespace quelt
 
+class QueltEeSerialEff;
+extern template class QUELT_CORE_API QueltInTyped<QueltEeSerialEff, QueltEeVarEff>;
+
 /// An effectivity on a flat series: intervals of sequence numbers, kept as given. As a set it holds the whole
 /// numbers of its intervals, from -2147483648 to 2147483647; a lower bound of -2000000000 and an upper bound
 /// of 2000000000 are open ends, whatever their flags. An interval whose lower bound is above its upper bound
@@ -66,4 +69,3 @@ private:
     const QueltEeSerialVar* m_pVariable;
     QueltInSmallVector<Interval, 3> m_intervals;
 };
-extern template class QueltInTyped<QueltEeSerialEff, QueltEeVarEff>;

@@ -8,12 +8,17 @@ class ValueSet;
 enum class SetOperation;
 } // namespace quelt
 
+class QueltEeTreeBaseEff;
+extern template class QUELT_CORE_API QueltInTyped<QueltEeTreeBaseEff, QueltEeVarEff>;
+
 /// Root of the effectivities on trees.
 class QUELT_CORE_API QueltEeTreeBaseEff : public QueltInTyped<QueltEeTreeBaseEff, QueltEeVarEff> {
 public:
     static constexpr const char* s_className = "QueltEeTreeBaseEff";
 };
-extern template class QueltInTyped<QueltEeTreeBaseEff, QueltEeVarEff>;
+
+class QueltEeTreeSeriesEff;
+extern template class QUELT_CORE_API QueltInTyped<QueltEeTreeSeriesEff, QueltEeTreeBaseEff>;
 
 /// An effectivity on a branching series: the elements of its selections, kept as given. All elements
 /// together, with "no variable", are everything. Without variable there are no elements, and only "no
@@ -61,4 +66,3 @@ private:
     const QueltEeTreeSeriesVar* m_pVariable;
     QueltInVector<QueltEeTreeSeriesSelection> m_selections;
 };
-extern template class QueltInTyped<QueltEeTreeSeriesEff, QueltEeTreeBaseEff>;

@@ -5,6 +5,9 @@
 
 #include <optional>
 
+class QueltEeTreeSeriesSelectionBound;
+extern template class QUELT_CORE_API QueltInTyped<QueltEeTreeSeriesSelectionBound, QueltInObject>;
+
 /// One end of a selection: an element (not owned) and whether it belongs to the selection itself.
 class QUELT_CORE_API QueltEeTreeSeriesSelectionBound
     : public QueltInTyped<QueltEeTreeSeriesSelectionBound, QueltInObject> {
@@ -26,14 +29,18 @@ private:
     const QueltEeTreeSeriesElement* m_pElement;
     unsigned char m_included;
 };
-extern template class QueltInTyped<QueltEeTreeSeriesSelectionBound, QueltInObject>;
+
+class QueltEeTreeSelection;
+extern template class QUELT_CORE_API QueltInTyped<QueltEeTreeSelection, QueltInObject>;
 
 /// A selection of elements of some tree.
 class QUELT_CORE_API QueltEeTreeSelection : public QueltInTyped<QueltEeTreeSelection, QueltInObject> {
 public:
     static constexpr const char* s_className = "QueltEeTreeSelection";
 };
-extern template class QueltInTyped<QueltEeTreeSelection, QueltInObject>;
+
+class QueltEeTreeSeriesSelection;
+extern template class QUELT_CORE_API QueltInTyped<QueltEeTreeSeriesSelection, QueltEeTreeSelection>;
 
 /// A selection of elements of a tree series: a single element; or the elements on the way from one bound to
 /// another down the tree, from the root where there is no from-bound, to the leaves below where there is no
@@ -78,4 +85,3 @@ private:
     std::optional<Bound> m_from;
     QueltInSmallVector<Bound, 1> m_to;
 };
-extern template class QueltInTyped<QueltEeTreeSeriesSelection, QueltEeTreeSelection>;

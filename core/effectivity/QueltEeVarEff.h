@@ -4,6 +4,9 @@
 
 #include <string_view>
 
+class QueltEeVarEff;
+extern template class QUELT_CORE_API QueltInTyped<QueltEeVarEff, QueltInObject>;
+
 /// A variable effectivity: the set of values of one variable for which something applies, and whether it
 /// applies in a configuration in which the variable has no value ("no variable"). Two flags carry this:
 /// `negated` turns everything round, "no variable" included; the no-variable flag says whether "no variable"
@@ -65,4 +68,3 @@ private:
     bool m_negated = false;
     bool m_noVar = false;
 };
-extern template class QueltInTyped<QueltEeVarEff, QueltInObject>;

@@ -9,6 +9,9 @@ class QueltEeNode;
 class QueltEeNodeRef;
 class QueltEeVarEff;
 
+class QueltEVCClassification;
+extern template class QUELT_CORE_API QueltInTyped<QueltEVCClassification, QueltInObject>;
+
 /// The kinds of criteria that a subtree holds: evolution (series), variant (options, selections), change,
 /// history (dates), effectivity, inherited effectivity.
 class QUELT_CORE_API QueltEVCClassification : public QueltInTyped<QueltEVCClassification, QueltInObject> {
@@ -53,7 +56,9 @@ private:
 
     std::uint8_t m_flags;
 };
-extern template class QueltInTyped<QueltEVCClassification, QueltInObject>;
+
+class QueltCoreEVC_NodeClassifier;
+extern template class QUELT_CORE_API QueltInTyped<QueltCoreEVC_NodeClassifier, QueltInObject>;
 
 /// Classifies subtrees. What it finds is kept with the nodes, so that classifying a subtree again costs
 /// nothing while the subtree has not changed.
@@ -76,4 +81,3 @@ private:
     [[nodiscard]] static std::uint16_t kindOf(const QueltEeNode& node);
     [[nodiscard]] static std::uint16_t find(const QueltEeNode& root);
 };
-extern template class QueltInTyped<QueltCoreEVC_NodeClassifier, QueltInObject>;

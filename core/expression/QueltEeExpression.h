@@ -4,6 +4,9 @@
 
 class QueltEeNodeVisitor;
 
+class QueltEeExpression;
+extern template class QUELT_CORE_API QueltInTyped<QueltEeExpression, QueltInObject>;
+
 /// Base of all expressions.
 class QUELT_CORE_API QueltEeExpression : public QueltInTyped<QueltEeExpression, QueltInObject> {
 public:
@@ -13,4 +16,3 @@ public:
     /// last one.
     virtual long runConstVisitor(QueltEeNodeVisitor& visitor) const = 0;
 };
-extern template class QueltInTyped<QueltEeExpression, QueltInObject>;

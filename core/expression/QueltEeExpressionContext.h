@@ -9,6 +9,9 @@
 #include <unordered_map>
 #include <vector>
 
+class QueltEeExpressionContext;
+extern template class QUELT_CORE_API QueltInTyped<QueltEeExpressionContext, QueltInObject>;
+
 /// The dictionaries that an expression may refer to, and in which of them basic effectivities are inherited.
 /// Once it is filled, any number of threads may read it. Whatever it takes over must come from the heap, and
 /// it is filled outside of arenas.
@@ -66,4 +69,3 @@ private:
     std::vector<std::unique_ptr<QueltEeModelDico>> m_owned;
     std::vector<std::unique_ptr<QueltInObject>> m_adopted;
 };
-extern template class QueltInTyped<QueltEeExpressionContext, QueltInObject>;

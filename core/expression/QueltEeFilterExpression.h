@@ -7,6 +7,9 @@ class QueltDnf;
 class QueltEeModelDico;
 class QueltEeNodeRef;
 
+class QueltEeFilterExpression;
+extern template class QUELT_CORE_API QueltInTyped<QueltEeFilterExpression, QueltEeExpression>;
+
 /// A filter: a specification list in one dictionary (or in none), seen as one expression: all criteria must
 /// hold when the list-mode flag is 0, at least one when it is not. Named effectivities count as criteria. An
 /// empty list, and no list, is TRUE with the flag 0 and FALSE with another.
@@ -61,4 +64,3 @@ private:
     QueltQmSpecList* m_pList;
     int m_listMode = 0;
 };
-extern template class QueltInTyped<QueltEeFilterExpression, QueltEeExpression>;

@@ -5,6 +5,9 @@
 class QueltEeNodeRef;
 class QueltQmSpecList;
 
+class QueltEeGenericExpression;
+extern template class QUELT_CORE_API QueltInTyped<QueltEeGenericExpression, QueltEeExpression>;
+
 /// An expression of the older store: a specification list, or a tree. It owns either.
 class QUELT_CORE_API QueltEeGenericExpression
     : public QueltInTyped<QueltEeGenericExpression, QueltEeExpression> {
@@ -47,4 +50,3 @@ private:
     ListMode m_mode = ListMode::all;
     bool m_isList = false;
 };
-extern template class QueltInTyped<QueltEeGenericExpression, QueltEeExpression>;

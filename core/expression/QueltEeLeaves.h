@@ -5,12 +5,17 @@
 #include "effectivity/QueltEeVarEff.h"
 #include "expression/QueltEeNode.h"
 
+class QueltEeNodeLeaf;
+extern template class QUELT_CORE_API QueltInTyped<QueltEeNodeLeaf, QueltEeNode>;
+
 /// A node without children.
 class QUELT_CORE_API QueltEeNodeLeaf : public QueltInTyped<QueltEeNodeLeaf, QueltEeNode> {
 public:
     static constexpr const char* s_className = "QueltEeNodeLeaf";
 };
-extern template class QueltInTyped<QueltEeNodeLeaf, QueltEeNode>;
+
+class QueltEeTrue;
+extern template class QUELT_CORE_API QueltInTyped<QueltEeTrue, QueltEeNodeLeaf>;
 
 /// The constant TRUE.
 class QUELT_CORE_API QueltEeTrue : public QueltInTyped<QueltEeTrue, QueltEeNodeLeaf> {
@@ -21,7 +26,9 @@ public:
     [[nodiscard]] QueltEeNodeRef* clone() const override;
     [[nodiscard]] QueltInString toString() const override;
 };
-extern template class QueltInTyped<QueltEeTrue, QueltEeNodeLeaf>;
+
+class QueltEeFalse;
+extern template class QUELT_CORE_API QueltInTyped<QueltEeFalse, QueltEeNodeLeaf>;
 
 /// The constant FALSE.
 class QUELT_CORE_API QueltEeFalse : public QueltInTyped<QueltEeFalse, QueltEeNodeLeaf> {
@@ -32,7 +39,9 @@ public:
     [[nodiscard]] QueltEeNodeRef* clone() const override;
     [[nodiscard]] QueltInString toString() const override;
 };
-extern template class QueltInTyped<QueltEeFalse, QueltEeNodeLeaf>;
+
+class QueltEeNodeElementaryLeaf;
+extern template class QUELT_CORE_API QueltInTyped<QueltEeNodeElementaryLeaf, QueltEeNodeLeaf>;
 
 /// A leaf that states a criterion.
 class QUELT_CORE_API QueltEeNodeElementaryLeaf
@@ -61,7 +70,9 @@ public:
     /// The object on which the leaf's truth depends (a variable, an effectivity), or null; not owned.
     [[nodiscard]] virtual const QueltInObject* getConstraintCriterion() const;
 };
-extern template class QueltInTyped<QueltEeNodeElementaryLeaf, QueltEeNodeLeaf>;
+
+class QueltEeEffLeaf;
+extern template class QUELT_CORE_API QueltInTyped<QueltEeEffLeaf, QueltEeNodeElementaryLeaf>;
 
 /// A leaf that refers to an effectivity in a dictionary.
 class QUELT_CORE_API QueltEeEffLeaf : public QueltInTyped<QueltEeEffLeaf, QueltEeNodeElementaryLeaf> {
@@ -99,7 +110,9 @@ private:
     const QueltEeModelDico* m_pDictionary;
     bool m_negated = false;
 };
-extern template class QueltInTyped<QueltEeEffLeaf, QueltEeNodeElementaryLeaf>;
+
+class QueltEeVarEffLeaf;
+extern template class QUELT_CORE_API QueltInTyped<QueltEeVarEffLeaf, QueltEeNodeElementaryLeaf>;
 
 /// A leaf that holds a variable effectivity, or, as long as none was set, none.
 class QUELT_CORE_API QueltEeVarEffLeaf : public QueltInTyped<QueltEeVarEffLeaf, QueltEeNodeElementaryLeaf> {
@@ -136,7 +149,9 @@ private:
 
     QueltEeVarEff* m_pEffectivity;
 };
-extern template class QueltInTyped<QueltEeVarEffLeaf, QueltEeNodeElementaryLeaf>;
+
+class QueltEeRestrictionEffLeaf;
+extern template class QUELT_CORE_API QueltInTyped<QueltEeRestrictionEffLeaf, QueltEeNodeElementaryLeaf>;
 
 /// A leaf that restricts by a text which the core does not interpret.
 class QUELT_CORE_API QueltEeRestrictionEffLeaf
@@ -154,4 +169,3 @@ public:
 private:
     QueltInString m_text;
 };
-extern template class QueltInTyped<QueltEeRestrictionEffLeaf, QueltEeNodeElementaryLeaf>;

@@ -8,6 +8,9 @@
 
 class QueltEeNodeRef;
 
+class QueltEeMultiModelExpression;
+extern template class QUELT_CORE_API QueltInTyped<QueltEeMultiModelExpression, QueltEeExpression>;
+
 /// An expression over many models: a global criterion, which depends on no dictionary, and one criterion per
 /// dictionary, each in the order filed. Nothing filed is ever replaced.
 class QUELT_CORE_API QueltEeMultiModelExpression
@@ -15,32 +18,7 @@ class QUELT_CORE_API QueltEeMultiModelExpression
 public:
     static constexpr const char* s_className = "QueltEeMultiModelExpression";
 
-    /// What applies in one dictionary: what it inherits, and its own part.
-    class QUELT_CORE_API ModelCriteria : public QueltInTyped<ModelCriteria, QueltInObject> {
-    public:
-        static constexpr const char* s_className = "QueltEeMultiModelExpression::ModelCriteria";
-
-        /// Takes over the references in the two slots (see QueltEeNodeRef::takeFor) and clears the slots. A
-        /// null slot, and a null reference or one without node in a slot, is a part that is not there; a
-        /// reference without node is deleted when it stands alone.
-        ModelCriteria(QueltEeNodeRef** inheritedSlot, QueltEeNodeRef** ownSlot);
-        /// Deletes both parts.
-        ~ModelCriteria() override;
-        ModelCriteria(const ModelCriteria&) = delete;
-        ModelCriteria& operator=(const ModelCriteria&) = delete;
-
-        /// The parts, or null; they stay the criterion's.
-        [[nodiscard]] QueltEeNodeRef* getInherited() const noexcept { return m_pInherited; }
-        [[nodiscard]] QueltEeNodeRef* getOwn() const noexcept { return m_pOwn; }
-        /// "own ..., inherited ..."; "none" without either part.
-        [[nodiscard]] QueltInString toString() const override;
-
-    private:
-        friend class QueltEeMultiModelExpression;
-        QueltEeNodeRef* m_pInherited;
-        QueltEeNodeRef* m_pOwn;
-        bool m_isFiled = false;
-    };
+    class ModelCriteria;
 
     /// A dictionary (not owned) with its criterion.
     struct Filed {
@@ -95,8 +73,39 @@ private:
     QueltInSmallVector<Filed, 3> m_filed;
     quelt::QueltInHashIndex m_index;
 };
-extern template class QueltInTyped<QueltEeMultiModelExpression, QueltEeExpression>;
-extern template class QueltInTyped<QueltEeMultiModelExpression::ModelCriteria, QueltInObject>;
+
+extern template class QUELT_CORE_API QueltInTyped<QueltEeMultiModelExpression::ModelCriteria, QueltInObject>;
+
+/// What applies in one dictionary: what it inherits, and its own part.
+class QUELT_CORE_API QueltEeMultiModelExpression::ModelCriteria
+    : public QueltInTyped<ModelCriteria, QueltInObject> {
+public:
+    static constexpr const char* s_className = "QueltEeMultiModelExpression::ModelCriteria";
+
+    /// Takes over the references in the two slots (see QueltEeNodeRef::takeFor) and clears the slots. A
+    /// null slot, and a null reference or one without node in a slot, is a part that is not there; a
+    /// reference without node is deleted when it stands alone.
+    ModelCriteria(QueltEeNodeRef** inheritedSlot, QueltEeNodeRef** ownSlot);
+    /// Deletes both parts.
+    ~ModelCriteria() override;
+    ModelCriteria(const ModelCriteria&) = delete;
+    ModelCriteria& operator=(const ModelCriteria&) = delete;
+
+    /// The parts, or null; they stay the criterion's.
+    [[nodiscard]] QueltEeNodeRef* getInherited() const noexcept { return m_pInherited; }
+    [[nodiscard]] QueltEeNodeRef* getOwn() const noexcept { return m_pOwn; }
+    /// "own ..., inherited ..."; "none" without either part.
+    [[nodiscard]] QueltInString toString() const override;
+
+private:
+    friend class QueltEeMultiModelExpression;
+    QueltEeNodeRef* m_pInherited;
+    QueltEeNodeRef* m_pOwn;
+    bool m_isFiled = false;
+};
+
+class QueltEeChangeExpression;
+extern template class QUELT_CORE_API QueltInTyped<QueltEeChangeExpression, QueltEeMultiModelExpression>;
 
 /// What a change applies to.
 class QUELT_CORE_API QueltEeChangeExpression
@@ -109,7 +118,9 @@ public:
 protected:
     [[nodiscard]] const char* kindName() const override { return "change"; }
 };
-extern template class QueltInTyped<QueltEeChangeExpression, QueltEeMultiModelExpression>;
+
+class QueltEeExpressionOperation;
+extern template class QUELT_CORE_API QueltInTyped<QueltEeExpressionOperation, QueltInObject>;
 
 /// An operation of an effectivity expression: a predefined effectivity, and what to do with it.
 class QUELT_CORE_API QueltEeExpressionOperation
@@ -138,7 +149,9 @@ public:
 private:
     QueltInObject* m_pObject;
 };
-extern template class QueltInTyped<QueltEeExpressionOperation, QueltInObject>;
+
+class QueltEeEffectivityExpression;
+extern template class QUELT_CORE_API QueltInTyped<QueltEeEffectivityExpression, QueltEeMultiModelExpression>;
 
 /// Where a part of the product applies: criteria and, in order, operations with changes.
 class QUELT_CORE_API QueltEeEffectivityExpression
@@ -167,4 +180,3 @@ protected:
 private:
     QueltInSmallVector<QueltEeExpressionOperation*, 2> m_operations;
 };
-extern template class QueltInTyped<QueltEeEffectivityExpression, QueltEeMultiModelExpression>;

@@ -13,6 +13,9 @@ namespace quelt {
 class AncestrySearch;
 }
 
+class QueltEeNodeRef;
+extern template class QUELT_CORE_API QueltInTyped<QueltEeNodeRef, QueltInObject>;
+
 /// Holds a node of an expression tree. A reference either owns its node, or is an alias of a node that
 /// another reference owns. A reference stands alone until a group, a single operator or an expression takes
 /// it over, and is not deleted by anybody else from then on; deleting an owning reference deletes the whole
@@ -71,7 +74,9 @@ private:
     bool m_owns = true;
     bool m_isHeld = false;
 };
-extern template class QueltInTyped<QueltEeNodeRef, QueltInObject>;
+
+class QueltEeNode;
+extern template class QUELT_CORE_API QueltInTyped<QueltEeNode, QueltInObject>;
 
 /// A node of an expression tree.
 ///
@@ -132,4 +137,3 @@ private:
     // node below that it follows from; hence a change is told upwards only as far as something is known.
     mutable std::atomic<std::uint16_t> m_knownClassification{0};
 };
-extern template class QueltInTyped<QueltEeNode, QueltInObject>;

@@ -12,6 +12,9 @@ class QueltEeRestrictionEffLeaf;
 class QueltEeTrue;
 class QueltEeVarEffLeaf;
 
+class QueltEeNodeVisitor;
+extern template class QUELT_CORE_API QueltInTyped<QueltEeNodeVisitor, QueltInObject>;
+
 /// Base of every visitor of expression trees. It carries no data. Each visit takes the node by reference and
 /// returns a result code. There is no default: a visitor says what it does with every class of node.
 class QUELT_CORE_API QueltEeNodeVisitor : public QueltInTyped<QueltEeNodeVisitor, QueltInObject> {
@@ -28,4 +31,3 @@ public:
     virtual long visitVarEffLeaf(QueltEeVarEffLeaf& leaf) = 0;
     virtual long visitRestrictionEffLeaf(QueltEeRestrictionEffLeaf& leaf) = 0;
 };
-extern template class QueltInTyped<QueltEeNodeVisitor, QueltInObject>;

@@ -8,6 +8,9 @@ enum E_MakeTF : unsigned char {
     E_DoMakeTF = 1     ///< leaves that are equivalent to TRUE or FALSE become those first
 };
 
+class QueltEeOperator;
+extern template class QUELT_CORE_API QueltInTyped<QueltEeOperator, QueltEeNode>;
+
 /// What groups and single operators share: children.
 class QUELT_CORE_API QueltEeOperator : public QueltInTyped<QueltEeOperator, QueltEeNode> {
 public:
@@ -23,7 +26,9 @@ public:
     /// A child reference without node is E_POINTER.
     virtual long childrenAcceptVisitor(QueltEeNodeVisitor& visitor) = 0;
 };
-extern template class QueltInTyped<QueltEeOperator, QueltEeNode>;
+
+class QueltEeGroupOp;
+extern template class QUELT_CORE_API QueltInTyped<QueltEeGroupOp, QueltEeOperator>;
 
 /// AND or OR over any number of children.
 class QUELT_CORE_API QueltEeGroupOp : public QueltInTyped<QueltEeGroupOp, QueltEeOperator> {
@@ -99,7 +104,9 @@ private:
     Children m_children;
     bool m_isAnd;
 };
-extern template class QueltInTyped<QueltEeGroupOp, QueltEeOperator>;
+
+class QueltEeAndOp;
+extern template class QUELT_CORE_API QueltInTyped<QueltEeAndOp, QueltEeGroupOp>;
 
 /// Conjunction.
 class QUELT_CORE_API QueltEeAndOp : public QueltInTyped<QueltEeAndOp, QueltEeGroupOp> {
@@ -109,7 +116,9 @@ public:
     QueltEeAndOp();
     long acceptVisitor(QueltEeNodeVisitor& visitor) override;
 };
-extern template class QueltInTyped<QueltEeAndOp, QueltEeGroupOp>;
+
+class QueltEeOrOp;
+extern template class QUELT_CORE_API QueltInTyped<QueltEeOrOp, QueltEeGroupOp>;
 
 /// Disjunction.
 class QUELT_CORE_API QueltEeOrOp : public QueltInTyped<QueltEeOrOp, QueltEeGroupOp> {
@@ -119,7 +128,9 @@ public:
     QueltEeOrOp();
     long acceptVisitor(QueltEeNodeVisitor& visitor) override;
 };
-extern template class QueltInTyped<QueltEeOrOp, QueltEeGroupOp>;
+
+class QueltEeSingleOp;
+extern template class QUELT_CORE_API QueltInTyped<QueltEeSingleOp, QueltEeOperator>;
 
 /// An operator with one child, or, as long as none was set, with none.
 class QUELT_CORE_API QueltEeSingleOp : public QueltInTyped<QueltEeSingleOp, QueltEeOperator> {
@@ -145,7 +156,9 @@ public:
 private:
     QueltEeNodeRef* m_pChild = nullptr;
 };
-extern template class QueltInTyped<QueltEeSingleOp, QueltEeOperator>;
+
+class QueltEeNotOp;
+extern template class QUELT_CORE_API QueltInTyped<QueltEeNotOp, QueltEeSingleOp>;
 
 /// Negation: what holds for no-variable is turned round too.
 class QUELT_CORE_API QueltEeNotOp : public QueltInTyped<QueltEeNotOp, QueltEeSingleOp> {
@@ -160,7 +173,9 @@ public:
 private:
     unsigned char m_isGenerated;
 };
-extern template class QueltInTyped<QueltEeNotOp, QueltEeSingleOp>;
+
+class QueltEeNotDomainOp;
+extern template class QUELT_CORE_API QueltInTyped<QueltEeNotDomainOp, QueltEeSingleOp>;
 
 /// Negation within the domain of values: what is said of configurations in which a variable has no value
 /// stays.
@@ -177,4 +192,3 @@ public:
     QueltEeNotDomainOp() noexcept;
     long acceptVisitor(QueltEeNodeVisitor& visitor) override;
 };
-extern template class QueltInTyped<QueltEeNotDomainOp, QueltEeSingleOp>;

@@ -5,6 +5,9 @@
 #include "infrastructure/QueltInMap.h"
 #include "infrastructure/QueltInSet.h"
 
+class QueltQmSpecList;
+extern template class QUELT_CORE_API QueltInTyped<QueltQmSpecList, QueltInObject>;
+
 /// A specification list: variable effectivities in order (the same variable may come twice), and named
 /// effectivities.
 class QUELT_CORE_API QueltQmSpecList : public QueltInTyped<QueltQmSpecList, QueltInObject> {
@@ -38,4 +41,3 @@ private:
     QueltInMap m_varEffs;
     QueltInSet m_named;
 };
-extern template class QueltInTyped<QueltQmSpecList, QueltInObject>;

@@ -8,6 +8,9 @@
 #include <cstdint>
 #include <string_view>
 
+class QueltInGuid;
+extern template class QUELT_CORE_API QueltInTyped<QueltInGuid, QueltInObjectVal>;
+
 /// A 128-bit globally unique identifier. Its text is lower-case hexadecimal, 8-4-4-4-12, the first byte first
 /// (the form of RFC 4122, section 3).
 class QUELT_CORE_API QueltInGuid : public QueltInTyped<QueltInGuid, QueltInObjectVal> {
@@ -42,4 +45,3 @@ public:
 private:
     Bytes m_bytes{};
 };
-extern template class QueltInTyped<QueltInGuid, QueltInObjectVal>;

@@ -2,6 +2,9 @@
 
 #include "infrastructure/QueltInObjectVal.h"
 
+class QueltInIntHolder;
+extern template class QUELT_CORE_API QueltInTyped<QueltInIntHolder, QueltInObjectVal>;
+
 /// An unsigned 32-bit number as a value object: the key of domain maps and of maps by sequence number.
 class QUELT_CORE_API QueltInIntHolder : public QueltInTyped<QueltInIntHolder, QueltInObjectVal> {
 public:
@@ -18,4 +21,3 @@ public:
     /// The held number, read and written directly.
     unsigned int m_value;
 };
-extern template class QueltInTyped<QueltInIntHolder, QueltInObjectVal>;

@@ -3,6 +3,9 @@
 #include "infrastructure/QueltInObjectVal.h"
 #include "infrastructure/QueltInSmallVector.h"
 
+class QueltInLinkList;
+extern template class QUELT_CORE_API QueltInTyped<QueltInLinkList, QueltInObjectVal>;
+
 /// A list of objects that is edited by position; it holds them by pointer and never deletes them. Positions
 /// are 0-based.
 class QUELT_CORE_API QueltInLinkList : public QueltInTyped<QueltInLinkList, QueltInObjectVal> {
@@ -126,4 +129,3 @@ private:
     QueltInObjectTypeClass* m_pElementType;
     const_iterator* m_pIterators = nullptr;
 };
-extern template class QueltInTyped<QueltInLinkList, QueltInObjectVal>;

@@ -3,6 +3,9 @@
 #include "infrastructure/QueltInObjectVal.h"
 #include "infrastructure/QueltInSmallVector.h"
 
+class QueltInList;
+extern template class QUELT_CORE_API QueltInTyped<QueltInList, QueltInObjectVal>;
+
 /// A list of objects, held by pointer and never deleted by the list, in the order of insertion.
 class QUELT_CORE_API QueltInList : public QueltInTyped<QueltInList, QueltInObjectVal> {
 public:
@@ -55,4 +58,3 @@ private:
     QueltInObjectTypeClass* m_pElementType;
     bool m_badCast = false;
 };
-extern template class QueltInTyped<QueltInList, QueltInObjectVal>;

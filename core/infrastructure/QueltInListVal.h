@@ -3,6 +3,9 @@
 #include "infrastructure/QueltInObjectVal.h"
 #include "infrastructure/QueltInSmallVector.h"
 
+class QueltInListVal;
+extern template class QUELT_CORE_API QueltInTyped<QueltInListVal, QueltInObjectVal>;
+
 /// A list of value objects, copied in and owned by the list, in the order of insertion.
 class QUELT_CORE_API QueltInListVal : public QueltInTyped<QueltInListVal, QueltInObjectVal> {
 public:
@@ -56,4 +59,3 @@ private:
     QueltInObjectTypeClass* m_pElementType;
     bool m_badCast = false;
 };
-extern template class QueltInTyped<QueltInListVal, QueltInObjectVal>;

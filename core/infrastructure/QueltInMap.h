@@ -12,6 +12,9 @@ struct QueltInMapEntry {
     QueltInObject* value;
 };
 
+class QueltInMap;
+extern template class QUELT_CORE_API QueltInTyped<QueltInMap, QueltInObjectVal>;
+
 /// A map from value objects (copied into the map) to objects (held by pointer, never deleted by the map). It
 /// iterates in the order of insertion; an entry keeps its place when its value is replaced. Look-up takes
 /// constant time.
@@ -92,7 +95,6 @@ private:
     quelt::QueltInHashIndex m_index;
     [[nodiscard]] std::uint32_t find(const QueltInObjectVal& key) const;
 };
-extern template class QueltInTyped<QueltInMap, QueltInObjectVal>;
 
 /// Deletes the objects that `map` holds, then the map. Null is accepted. For whoever owns both.
 QUELT_CORE_API void QueltInDeleteWithObjects(QueltInMap* map);

@@ -4,6 +4,9 @@
 #include "infrastructure/QueltInObjectVal.h"
 #include "infrastructure/QueltInSmallVector.h"
 
+class QueltInMapVal;
+extern template class QUELT_CORE_API QueltInTyped<QueltInMapVal, QueltInObjectVal>;
+
 /// A map from value objects to value objects; both are copied in and belong to the map. Order and look-up as
 /// QueltInMap.
 class QUELT_CORE_API QueltInMapVal : public QueltInTyped<QueltInMapVal, QueltInObjectVal> {
@@ -64,4 +67,3 @@ private:
     quelt::QueltInHashIndex m_index;
     [[nodiscard]] std::uint32_t find(const QueltInObjectVal& key) const;
 };
-extern template class QueltInTyped<QueltInMapVal, QueltInObjectVal>;

@@ -4,6 +4,9 @@
 
 #include <cstdint>
 
+class QueltInObjectVal;
+extern template class QUELT_CORE_API QueltInTyped<QueltInObjectVal, QueltInObject>;
+
 /// Root of the value objects: those that containers copy and compare by what they hold.
 class QUELT_CORE_API QueltInObjectVal : public QueltInTyped<QueltInObjectVal, QueltInObject> {
 public:
@@ -20,4 +23,3 @@ public:
     /// As hash(), mixed over all bits, for tables whose size is a power of two.
     [[nodiscard]] virtual std::uint64_t BinHashFunc() const;
 };
-extern template class QueltInTyped<QueltInObjectVal, QueltInObject>;

@@ -2,6 +2,9 @@
 
 #include "infrastructure/QueltInObjectVal.h"
 
+class QueltInSerialInterval;
+extern template class QUELT_CORE_API QueltInTyped<QueltInSerialInterval, QueltInObjectVal>;
+
 /// One interval of sequence numbers as a value object, taken as given: nothing is sorted or refused, a lower
 /// bound above the upper one included. 2000000000 and -2000000000 are open ends.
 class QUELT_CORE_API QueltInSerialInterval : public QueltInTyped<QueltInSerialInterval, QueltInObjectVal> {
@@ -37,4 +40,3 @@ private:
     unsigned char m_aIncl = 1;
     unsigned char m_bIncl = 1;
 };
-extern template class QueltInTyped<QueltInSerialInterval, QueltInObjectVal>;

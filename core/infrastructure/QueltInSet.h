@@ -4,6 +4,9 @@
 #include "infrastructure/QueltInObjectVal.h"
 #include "infrastructure/QueltInSmallVector.h"
 
+class QueltInSet;
+extern template class QUELT_CORE_API QueltInTyped<QueltInSet, QueltInObjectVal>;
+
 /// A set of objects, held by pointer and never deleted by the set, in the order of insertion. Objects are
 /// told apart by their address; value objects (sets whose declared class is a value class) by what they hold.
 class QUELT_CORE_API QueltInSet : public QueltInTyped<QueltInSet, QueltInObjectVal> {
@@ -78,7 +81,6 @@ private:
     bool m_badCast = false;
     [[nodiscard]] std::uint32_t find(const QueltInObject& object) const;
 };
-extern template class QueltInTyped<QueltInSet, QueltInObjectVal>;
 
 /// Deletes the objects that `set` holds, then the set. Null is accepted. For whoever owns both.
 QUELT_CORE_API void QueltInDeleteWithObjects(QueltInSet* set);

@@ -6,6 +6,9 @@
 #include <string>
 #include <string_view>
 
+class QueltInString;
+extern template class QUELT_CORE_API QueltInTyped<QueltInString, QueltInObjectVal>;
+
 /// A text as a value object: UTF-8 by convention, any bytes in fact.
 class QUELT_CORE_API QueltInString : public QueltInTyped<QueltInString, QueltInObjectVal> {
 public:
@@ -47,4 +50,3 @@ public:
 private:
     Text m_text;
 };
-extern template class QueltInTyped<QueltInString, QueltInObjectVal>;

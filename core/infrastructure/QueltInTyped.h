@@ -2,24 +2,27 @@
 
 #include "infrastructure/QueltInObject.h"
 
-/// The type registry's part of a class, written once. A class says its base and its name, its header that it
-/// is registered elsewhere:
+/// The type registry's part of a class, written once. A class says its base and its name; its header says
+/// before it that this part is made elsewhere, and by which library:
 ///
-///     class QueltEeTrue : public QueltInTyped<QueltEeTrue, QueltEeNodeLeaf> {
+///     class QueltEeTrue;
+///     extern template class QUELT_CORE_API QueltInTyped<QueltEeTrue, QueltEeNodeLeaf>;
+///
+///     class QUELT_CORE_API QueltEeTrue : public QueltInTyped<QueltEeTrue, QueltEeNodeLeaf> {
 ///     public:
 ///         static constexpr const char* s_className = "QueltEeTrue";
 ///     };
-///     extern template class QueltInTyped<QueltEeTrue, QueltEeNodeLeaf>;
 ///
 /// and its source file, in the one library that holds the class, includes QueltInTypedDefinition.h and says
 ///
 ///     template class QueltInTyped<QueltEeTrue, QueltEeNodeLeaf>;
 ///
 /// That last line makes the type class when the library is loaded and releases it when it is unloaded.
-/// Without the one in the header, every source file that registers a class of its own would make a second
-/// type class for this one.
+/// Without the declaration in the header, every source file that registers a class of its own would make a
+/// second type class for this one. It stands before the class because a DLL's marks hold from the first
+/// use on; a class that no library gives out has none.
 template <class Self, class Base>
-class QUELT_CORE_API QueltInTyped : public Base {
+class QueltInTyped : public Base {
 public:
     using Base::Base;
 
