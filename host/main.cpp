@@ -1,36 +1,33 @@
 #include "commands/CommandLine.h"
+#include "platform/Program.h"
 
-#include <csignal>
 #include <cstdlib>
 #include <exception>
 #include <iostream>
-#include <string_view>
-#include <unistd.h>
 
 namespace {
 
 /// See no-color.org: any text but the empty one asks for messages without colours.
-bool areColoursWanted() {
+bool areColoursRefused() {
     const char* const noColor = std::getenv("NO_COLOR");
-    const char* const terminal = std::getenv("TERM");
-    return (noColor == nullptr || *noColor == '\0') && terminal != nullptr &&
-           std::string_view(terminal) != "dumb";
+    return noColor != nullptr && *noColor != '\0';
 }
 
 } // namespace
 
 int main(int argumentCount, char** arguments) {
     using namespace quelt::host;
-    std::signal(SIGPIPE, SIG_IGN); // NOLINT(cert-err33-c): writing fails then, and that is noticed
-    const std::unique_ptr<ByteSource> input = sourceOf(STDIN_FILENO);
-    const std::unique_ptr<ByteSink> output = sinkOf(STDOUT_FILENO);
+    enum Stream { standardInput, standardOutput, standardError };
+    const ProgramScope program;
+    const std::unique_ptr<ByteSource> input = sourceOf(standardInput);
+    const std::unique_ptr<ByteSink> output = sinkOf(standardOutput);
     Console console{*input, *output, std::cerr};
-    console.inputIsTerminal = ::isatty(STDIN_FILENO) != 0;
-    console.outputIsTerminal = ::isatty(STDOUT_FILENO) != 0;
-    console.messagesAreTerminal = ::isatty(STDERR_FILENO) != 0;
-    console.hasColours = console.messagesAreTerminal && areColoursWanted();
+    console.inputIsTerminal = isTerminal(standardInput);
+    console.outputIsTerminal = isTerminal(standardOutput);
+    console.messagesAreTerminal = isTerminal(standardError);
+    console.hasColours = console.messagesAreTerminal && program.hasColours() && !areColoursRefused();
     try {
-        return static_cast<int>(runCommandLine({arguments + 1, arguments + argumentCount}, console));
+        return static_cast<int>(runCommandLine(programArguments(argumentCount, arguments), console));
     } catch (const std::exception& failure) {
         writeMessage(console, failure.what());
         return static_cast<int>(ExitStatus::partly);

@@ -2,18 +2,26 @@
 # Sees to it that the Debian packages are there that building and testing need. Installs what is missing when that is
 # possible (as root, or through sudo); else names it and ends with status 2.
 #
-#     setup.sh [fuzz]   fuzz: what fuzzing needs, too
+#     setup.sh [fuzz | windows]   what fuzzing, or building for Windows, needs, too
 set -euo pipefail
 
+cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.."
 packages=(
     g++ cmake ninja-build                        # to build
     libsimdjson-dev rapidjson-dev libcli11-dev   # the host application
     libgtest-dev libgmock-dev libbenchmark-dev   # tests and benchmarks
     binutils python3 clang-format-14             # checks that the tests run
 )
-if [ "${1:-}" = fuzz ]; then
-    packages+=(clang-14 libclang-rt-14-dev)
-fi
+case ${1:-} in
+fuzz) packages+=(clang-14 libclang-rt-14-dev) ;;
+windows)
+    packages+=(
+        g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64 # to build
+        googletest dpkg-dev                                  # what Debian builds for its own platform only
+        wine wine64                                          # to run
+    )
+    ;;
+esac
 
 say() { printf '%s\n' "$*" >&2; }
 
@@ -28,8 +36,16 @@ missing=()
 for package in "${packages[@]}"; do
     grep -qxF -- "$package" <<<"$installed" || missing+=("$package")
 done
-if [ ${#missing[@]} -eq 0 ]; then
+finish() {
+    if [ "$1" = windows ]; then
+        scripts/simdjson-source.sh
+        scripts/under-wine.sh --prepare
+    fi
     exit 0
+}
+
+if [ ${#missing[@]} -eq 0 ]; then
+    finish "${1:-}"
 fi
 
 as_root=(env)
@@ -52,3 +68,4 @@ if ! "${as_root[@]}" apt-get update >"$log" 2>&1 ||
     say "setup: apt-get could not install: ${missing[*]}"
     exit 2
 fi
+finish "${1:-}"

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -51,11 +52,30 @@ struct CloseFile {
     void operator()(std::FILE* file) const noexcept { static_cast<void>(std::fclose(file)); }
 };
 
+// Where the platform's names are wide, narrow ones cannot say every path.
+#if defined(_WIN32)
+std::filesystem::path traceVariable() {
+    const wchar_t* const value = ::_wgetenv(L"QUELT_TRACE");
+    return value != nullptr ? value : L"";
+}
+std::FILE* openToAppend(const std::filesystem::path& path) {
+    return ::_wfopen(path.c_str(), L"ab");
+}
+#else
+std::filesystem::path traceVariable() {
+    const char* const value = std::getenv("QUELT_TRACE");
+    return value != nullptr ? value : "";
+}
+std::FILE* openToAppend(const std::filesystem::path& path) {
+    return std::fopen(path.c_str(), "a");
+}
+#endif
+
 /// Standard error, or the end of a file that is opened at the first line; standard error too when it cannot
 /// be.
 class DefaultSink final : public QueltInTraceSink {
 public:
-    explicit DefaultSink(std::string path) : m_path(std::move(path)) {}
+    explicit DefaultSink(std::filesystem::path path) : m_path(std::move(path)) {}
 
     void write(const QueltInTraceLine& line) override {
         std::FILE* const file = target();
@@ -67,34 +87,35 @@ public:
 private:
     std::FILE* target() {
         if (!m_path.empty()) {
-            m_file.reset(std::fopen(m_path.c_str(), "a"));
+            m_file.reset(openToAppend(m_path));
             if (m_file == nullptr) {
-                static_cast<void>(std::fprintf(stderr, "QUELT_TRACE: cannot append to %s\n", m_path.c_str()));
+                static_cast<void>(
+                    std::fprintf(stderr, "QUELT_TRACE: cannot append to %s\n", m_path.string().c_str()));
             }
             m_path.clear();
         }
         return m_file != nullptr ? m_file.get() : stderr;
     }
 
-    std::string m_path; // of the file to be opened, empty for standard error
+    std::filesystem::path m_path; // of the file to be opened, empty for standard error
     std::unique_ptr<std::FILE, CloseFile> m_file;
 };
 
 /// What QUELT_TRACE said when the library was loaded.
 struct Environment {
     Environment() {
-        const char* const value = std::getenv("QUELT_TRACE");
-        if (value == nullptr || *value == '\0') {
+        std::filesystem::path value = traceVariable();
+        if (value.empty()) {
             return;
         }
         asksForAll = true;
-        if (std::string_view(value) != "stderr") {
-            path = value;
+        if (value != "stderr") {
+            path = std::move(value);
         }
     }
 
     bool asksForAll = false;
-    std::string path;
+    std::filesystem::path path;
 };
 
 /// The sink of the process and the lock around it. Never destroyed: libraries trace while they are unloaded.

@@ -5,7 +5,8 @@
 #define QUELT_IS_SANITIZED
 #endif
 #endif
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || defined(QUELT_IS_SANITIZED)
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || defined(_WIN32) ||                      \
+    defined(QUELT_IS_SANITIZED)
 
 bool heapIsMetered() noexcept {
     return false;

@@ -17,6 +17,14 @@ using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
 
+#if defined(_WIN32)
+constexpr const char* s_nullDevice = "NUL";
+#define skipOnWindows(reason) GTEST_SKIP() << reason // a macro, because it must leave the test
+#else
+constexpr const char* s_nullDevice = "/dev/null";
+#define skipOnWindows(reason) static_cast<void>(reason)
+#endif
+
 class ProcessTest : public testing::Test {
 protected:
     /// Starts the conversion of `start.input` with the sample context; more arguments stand in `start`.
@@ -66,7 +74,7 @@ TEST_F(ProcessTest, convertsAFileWithJobs) {
 }
 
 TEST_F(ProcessTest, inputsOfAllKinds) {
-    const End empty = convert({.arguments = {}, .inputPath = "/dev/null"});
+    const End empty = convert({.arguments = {}, .inputPath = s_nullDevice});
     EXPECT_EQ(empty.status, 0);
     EXPECT_EQ(empty.output, "");
     EXPECT_THAT(empty.messages, StartsWith("0 records in "));
@@ -98,13 +106,43 @@ TEST_F(ProcessTest, inputsOfAllKinds) {
                               "\n" +
                                   answer);
 
+    // Ctrl+Z, which ends a text on some systems, is a byte like others.
+    const End substitute = convert({.arguments = {}, .input = "\x1A\n" + record});
+    EXPECT_EQ(substitute.status, 1);
+    EXPECT_THAT(substitute.output, testing::EndsWith(answer));
+    EXPECT_THAT(substitute.output, StartsWith(R"({"line":1,"malformed":"not JSON at column 1: )"));
+}
+
+TEST_F(ProcessTest, readsNoDirectory) {
+    skipOnWindows("a directory cannot be opened as standard input");
     const End directory = convert({.arguments = {}, .inputPath = folder.path()});
     EXPECT_EQ(directory.status, 2);
     EXPECT_EQ(directory.output, "");
     EXPECT_EQ(directory.messages, "quelt-migrate: cannot read the records: Is a directory\n");
 }
 
+TEST_F(ProcessTest, pathsOfAllKinds) {
+    const std::string longName(200, 'l'); // two of them are more than the 260 characters of old interfaces
+    for (const std::string name : {std::string("with blanks & (signs)"),
+                                   std::string("Gr\xC3\xB6\xC3\x9F"
+                                               "e \xE5\xA4\xA7\xE5\xB0\x8F \xF0\x9F\x9A\x9A"),
+                                   longName + "/" + longName}) {
+        const test::TemporaryFolder inner(folder, name);
+        context = inner.write("context.json", sampleContext());
+        const std::string records = inner.write("records.ndjson", record);
+        const End end = convert({.arguments = {records, "-o", inner.path("answers.ndjson")}});
+        EXPECT_EQ(end.status, 0) << end.messages;
+        EXPECT_EQ(inner.read("answers.ndjson"), answer);
+
+        const End missing = convert({.arguments = {inner.path("missing")}});
+        EXPECT_EQ(missing.status, 2);
+        EXPECT_EQ(missing.messages, "quelt-migrate: cannot read the records " + inner.path("missing") +
+                                        ": No such file or directory\n");
+    }
+}
+
 TEST_F(ProcessTest, outputThatCannotBeWritten) {
+    skipOnWindows("there is no device that is always full");
     for (const char* const jobs : {"1", "2"}) {
         const End full = convert({.arguments = {"--jobs", jobs}, .input = record, .outputPath = "/dev/full"});
         EXPECT_EQ(full.status, 1);
@@ -112,7 +150,11 @@ TEST_F(ProcessTest, outputThatCannotBeWritten) {
         const End fullFile = convert({.arguments = {"-o", "/dev/full", "--jobs", jobs}, .input = record});
         EXPECT_EQ(fullFile.status, 1);
         EXPECT_EQ(fullFile.messages, full.messages);
+    }
+}
 
+TEST_F(ProcessTest, outputThatNobodyReads) {
+    for (const char* const jobs : {"1", "2"}) {
         const End closed = convert({.arguments = {"--jobs", jobs}, .input = record, .closesOutput = true});
         EXPECT_EQ(closed.status, 1);
         EXPECT_EQ(closed.messages, "");
@@ -133,6 +175,7 @@ TEST_F(ProcessTest, recordsAreNotOverwrittenThroughRedirection) {
 }
 
 TEST_F(ProcessTest, saysThatItReadsFromATerminal) {
+    skipOnWindows("the tests have no console to give");
     const End end = convert({.arguments = {}, .input = record, .hasInputTerminal = true});
     EXPECT_EQ(end.status, 0);
     EXPECT_EQ(end.output, answer);
@@ -140,6 +183,7 @@ TEST_F(ProcessTest, saysThatItReadsFromATerminal) {
 }
 
 TEST_F(ProcessTest, showsProgressOnATerminal) {
+    skipOnWindows("the tests have no console to give");
     const std::string input = record + "x\n";
     const End end = convert(
         {.arguments = {}, .input = input, .hasMessageTerminal = true, .environment = {{"TERM", "xterm"}}});
@@ -151,6 +195,7 @@ TEST_F(ProcessTest, showsProgressOnATerminal) {
 }
 
 TEST_F(ProcessTest, shareIsKnownOfFiles) {
+    skipOnWindows("the tests have no console to give");
     const std::string records = folder.write("records.ndjson", record);
     const End end =
         convert({.arguments = {records}, .hasMessageTerminal = true, .environment = {{"TERM", "xterm"}}});
@@ -163,6 +208,7 @@ TEST_F(ProcessTest, shareIsKnownOfFiles) {
 }
 
 TEST_F(ProcessTest, coloursCanBeRefused) {
+    skipOnWindows("the tests have no console to give");
     const auto messagesWith = [this](std::map<std::string, std::string> environment) {
         return convert({.arguments = {},
                         .input = "x\n",

@@ -71,7 +71,8 @@ int RandomContext::bound() {
 }
 
 void RandomContext::makeDictionary(unsigned number) {
-    auto dictionary = std::make_unique<QueltEeModelDico>(QueltInString(freshName(number)), guid());
+    const QueltInString dictionaryName(freshName(number));
+    auto dictionary = std::make_unique<QueltEeModelDico>(dictionaryName, guid());
     for (unsigned count = below(7); count > 0; --count) {
         std::unique_ptr<QueltEeVariable> one = variable(onceIn(2) ? name() : freshName(count));
         if (dictionary->addVariable(one.get()) >= 0) {
@@ -103,7 +104,8 @@ std::unique_ptr<QueltEeVariable> RandomContext::variable(const std::string& name
             serial->makeRevisionTable();
         }
         for (unsigned count = onceIn(2) ? below(5) : 0; count > 0; --count) {
-            serial->addRevision(QueltInString(this->name()), static_cast<unsigned>(bound()));
+            const QueltInString revision(this->name());
+            serial->addRevision(revision, static_cast<unsigned>(bound()));
         }
         return serial;
     }
@@ -113,23 +115,28 @@ std::unique_ptr<QueltEeVariable> RandomContext::variable(const std::string& name
 }
 
 std::unique_ptr<QueltEeVariable> RandomContext::treeSeriesVariable(const std::string& name) {
+    const QueltInGuid identity = guid();
     auto tree =
-        std::make_unique<QueltEeTreeSeriesVar>(QueltInString(name), guid(), static_cast<unsigned>(bound()));
+        std::make_unique<QueltEeTreeSeriesVar>(QueltInString(name), identity, static_cast<unsigned>(bound()));
     tree->addRootElement(static_cast<unsigned>(bound()));
     for (unsigned count = below(6); count > 0; --count) {
         const auto& elements = tree->getElements();
-        tree->addElement(static_cast<unsigned>(bound()), elements[below(elements.size())]->getSeqNumber());
+        const unsigned parent = elements[below(elements.size())]->getSeqNumber();
+        tree->addElement(static_cast<unsigned>(bound()), parent);
     }
     return tree;
 }
 
 void RandomContext::makeEffectivities() {
     for (unsigned number = below(5); number > 0; --number) {
+        const bool isBasic = onceIn(2);
+        const QueltInString effectivityName(freshName(number));
+        const QueltInGuid identity = guid();
         std::unique_ptr<QueltEeEffectivity> effectivity;
-        if (onceIn(2)) {
-            effectivity = std::make_unique<QueltEeBasicEff>(QueltInString(freshName(number)), guid());
+        if (isBasic) {
+            effectivity = std::make_unique<QueltEeBasicEff>(effectivityName, identity);
         } else {
-            effectivity = std::make_unique<QueltEePredefEff>(QueltInString(freshName(number)), guid());
+            effectivity = std::make_unique<QueltEePredefEff>(effectivityName, identity);
         }
         m_context->addEffectivity(std::move(effectivity));
     }
@@ -295,9 +302,9 @@ RandomContext::OwnedReference RandomContext::leaf() {
             const auto effectivities = m_context->effectivities();
             const auto dictionaries = m_context->dictionaries();
             const bool hasDictionary = !dictionaries.empty() && onceIn(2);
-            auto* const made =
-                new QueltEeEffLeaf(effectivities[below(effectivities.size())],
-                                   hasDictionary ? dictionaries[below(dictionaries.size())] : nullptr);
+            QueltEeModelDico* const dictionary =
+                hasDictionary ? dictionaries[below(dictionaries.size())] : nullptr;
+            auto* const made = new QueltEeEffLeaf(effectivities[below(effectivities.size())], dictionary);
             if (onceIn(3)) {
                 made->opNot();
             }
@@ -335,8 +342,9 @@ std::unique_ptr<QueltEeExpression> RandomContext::multiModelExpression() {
     const auto dictionaries = m_context->dictionaries();
     if (onceIn(3)) {
         const bool hasDictionary = !dictionaries.empty() && onceIn(2);
-        auto filter = std::make_unique<QueltEeFilterExpression>(
-            hasDictionary ? dictionaries[below(dictionaries.size())] : nullptr, list().release());
+        QueltEeModelDico* const dictionary =
+            hasDictionary ? dictionaries[below(dictionaries.size())] : nullptr;
+        auto filter = std::make_unique<QueltEeFilterExpression>(dictionary, list().release());
         filter->setListMode(onceIn(2) ? 0 : bound());
         return filter;
     }

@@ -12,7 +12,9 @@
 namespace quelt::host::test {
 
 /// A context full of what is hard to write down: names of all kinds, names borne by several variables, every
-/// kind of variable, and effectivities whose expressions name each other. The same seed makes the same.
+/// kind of variable, and effectivities whose expressions name each other. The same seed makes the same, on
+/// every platform: draws never stand beside each other in one call, where their order would be the
+/// compiler's.
 class RandomContext {
 public:
     explicit RandomContext(unsigned seed);

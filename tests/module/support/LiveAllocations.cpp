@@ -1,6 +1,6 @@
 #include "module/support/LiveAllocations.h"
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || defined(_WIN32)
 
 long liveAllocations() noexcept {
     return 0;

@@ -1,0 +1,69 @@
+#include "platform/Program.h"
+
+#include "platform/WindowsText.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <fcntl.h>
+#include <io.h>
+#include <memory>
+#include <shellapi.h>
+#include <string_view>
+
+namespace quelt::host {
+
+namespace {
+
+constexpr DWORD s_escapes = 0x0004; // ENABLE_VIRTUAL_TERMINAL_PROCESSING, for headers that do not know it
+
+/// The console's mode, or 0 when standard error is no console.
+DWORD messagesMode() {
+    DWORD mode = 0;
+    return ::GetConsoleMode(::GetStdHandle(STD_ERROR_HANDLE), &mode) != 0 ? mode : 0;
+}
+
+} // namespace
+
+ProgramScope::ProgramScope() {
+    for (const int descriptor : {0, 1, 2}) {
+        static_cast<void>(::_setmode(descriptor, _O_BINARY));
+    }
+    m_outputPage = ::GetConsoleOutputCP();
+    if (m_outputPage != 0) {
+        ::SetConsoleOutputCP(CP_UTF8);
+    }
+    m_messagesMode = messagesMode();
+    const char* const terminal = std::getenv("TERM");
+    m_hasColours = m_messagesMode != 0 &&
+                   ::SetConsoleMode(::GetStdHandle(STD_ERROR_HANDLE), m_messagesMode | s_escapes) != 0 &&
+                   (terminal == nullptr || std::string_view(terminal) != "dumb");
+}
+
+ProgramScope::~ProgramScope() {
+    if (m_messagesMode != 0) {
+        ::SetConsoleMode(::GetStdHandle(STD_ERROR_HANDLE), m_messagesMode);
+    }
+    if (m_outputPage != 0) {
+        ::SetConsoleOutputCP(m_outputPage);
+    }
+}
+
+std::vector<std::string> programArguments(int, char**) {
+    // main() gets them in the system's code page, in which not every name can be written.
+    int count = 0;
+    const std::unique_ptr<LPWSTR[], decltype(&::LocalFree)> arguments(
+        ::CommandLineToArgvW(::GetCommandLineW(), &count), &::LocalFree);
+    std::vector<std::string> result;
+    for (int index = 1; index < count; ++index) {
+        result.push_back(toUtf8(arguments[static_cast<std::size_t>(index)]));
+    }
+    return result;
+}
+
+bool isTerminal(int descriptor) {
+    DWORD mode = 0;
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): the runtime hands out handles as numbers
+    return ::GetConsoleMode(reinterpret_cast<HANDLE>(::_get_osfhandle(descriptor)), &mode) != 0;
+}
+
+} // namespace quelt::host
