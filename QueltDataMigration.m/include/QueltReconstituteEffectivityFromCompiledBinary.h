@@ -25,6 +25,7 @@ public:
     class QUELT_DATA_MIGRATION_API OperationStackElement
         : public QueltInTyped<OperationStackElement, QueltInObject> {
     public:
+        /// The name of the class, as the type registry shows it.
         static constexpr const char* s_className =
             "QueltReconstituteEffectivityFromCompiledBinary::OperationStackElement";
 
