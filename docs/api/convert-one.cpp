@@ -28,11 +28,10 @@ QueltInGuid guidOf(std::string_view text) {
 /// The features of the product: an option and a series in one dictionary.
 struct Catalogue {
     QueltEeExpressionContext context;
-    QueltEeCatOptionVar* engine = new QueltEeCatOptionVar(
-        "Engine", guidOf("0b6e0000-0000-4000-8000-000000000002"));
-    QueltEeSerialVar* unit =
-        new QueltEeSerialVar("Unit", guidOf("0b6e0000-0000-4000-8000-000000000003"),
-                             QueltEeSerialVar::SerialExternalType::unitCounter);
+    QueltEeCatOptionVar* engine =
+        new QueltEeCatOptionVar("Engine", guidOf("0b6e0000-0000-4000-8000-000000000002"));
+    QueltEeSerialVar* unit = new QueltEeSerialVar("Unit", guidOf("0b6e0000-0000-4000-8000-000000000003"),
+                                                  QueltEeSerialVar::SerialExternalType::unitCounter);
 
     Catalogue() {
         engine->addValue("V6");
@@ -52,7 +51,8 @@ QueltQmSpecList* makeList(const Catalogue& catalogue) {
     unit->addInterval({10, 20, 1, 1});
 
     auto* const list = new QueltQmSpecList;
-    for (QueltEeVarEff* criterion : {static_cast<QueltEeVarEff*>(engine), static_cast<QueltEeVarEff*>(unit)}) {
+    for (QueltEeVarEff* criterion :
+         {static_cast<QueltEeVarEff*>(engine), static_cast<QueltEeVarEff*>(unit)}) {
         list->addVarEff(criterion); // the list's from here on
     }
     return list;
