@@ -15,8 +15,8 @@ class QUELT_CORE_API QueltEeFilterExpression
 public:
     static constexpr const char* s_className = "QueltEeFilterExpression";
 
-    /// A filter in `dictionary` (not owned, may be null) over `list` (taken over, may be null), with the flag
-    /// 0.
+    /// A filter in `dictionary` (not owned, may be null) over `list` (taken over, may be null); its
+    /// list-mode flag is 0.
     QueltEeFilterExpression(const QueltEeModelDico* dictionary, QueltQmSpecList* list);
     ~QueltEeFilterExpression() override;
     QueltEeFilterExpression(const QueltEeFilterExpression&) = delete;

@@ -66,6 +66,14 @@ def check_pages(root, folder):
             failures.append(f"index.html: does not lead to {name}")
 
 
+def check_comments(root):
+    """A line of a comment that begins with a number and a full stop would become an item of a list."""
+    for header in [*(root / "core").rglob("*.h"), *(root / "QueltDataMigration.m/include").rglob("*.h")]:
+        for number, line in enumerate(header.read_text(encoding="utf-8").split("\n"), 1):
+            if re.match(r"\s*///\s+\d+\.(\s|$)", line):
+                failures.append(f"{header.relative_to(root)}:{number}: begins with a number and a full stop")
+
+
 def check_contents(folder, foreign):
     """Nothing of the machine in the pages, and nothing that a browser would fetch from elsewhere."""
     count = 0
@@ -104,6 +112,7 @@ def main():
         built = build(root, here)
         if built.returncode != 0 or built.stdout or built.stderr:
             sys.exit(f"check-api-docs: status {built.returncode}\n{built.stdout}{built.stderr}")
+        check_comments(root)
         check_pages(root, here / "html")
         count = check_contents(here / "html", [str(root), folder])
 
