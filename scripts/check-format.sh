@@ -22,7 +22,7 @@ if "$tool" --dry-run --Werror --assume-filename=core/specimen.cpp <<<'int  f( ){
     exit 1
 fi
 
-mapfile -t sources < <(find core QueltDataMigration.m host tests bench fuzz -name '*.h' -o -name '*.cpp' | sort)
+mapfile -t sources < <(find core QueltDataMigration.m host tests bench fuzz docs -name '*.h' -o -name '*.cpp' | sort)
 if [ ${#sources[@]} -eq 0 ]; then
     echo "check-format: no sources found in $PWD"
     exit 1

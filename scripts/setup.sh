@@ -11,6 +11,7 @@ packages=(
     libsimdjson-dev rapidjson-dev libcli11-dev   # the host application
     libgtest-dev libgmock-dev libbenchmark-dev   # tests and benchmarks
     binutils python3 clang-format-14             # checks that the tests run
+    doxygen groff-base zsh fish                  # documentation, and what tries it
 )
 case ${1:-} in
 fuzz) packages+=(clang-14 libclang-rt-14-dev) ;;

@@ -60,13 +60,13 @@ public:
     /// Turns the flat series of the expressions in a map into branching series, in place.
     ///
     /// Each serial effectivity on a series of another external type than 13 gives way to a tree-series
-    /// effectivity in the dictionary of its series, on the branching series 19 for the external type 14, else
-    /// 18. Each interval becomes a selection: a single element where both bounds are equal, else the way down
-    /// from the lower to the upper bound, which is always included; 2000000000 is the root as a lower bound
-    /// and all leaves as an upper one. What stands below a NOT-domain stays as it is. Effectivities that the
-    /// expressions refer to have their own expressions rewritten too; they are changed by the call like the
-    /// expressions, so threads may share them only when nobody branches meanwhile. Criteria of lists are
-    /// stored back in filters of the map, and in no other list.
+    /// effectivity in the dictionary of its series, on the branching series 19 for the external type 14, on
+    /// the branching series 18 for the others. Each interval becomes a selection: a single element where both
+    /// bounds are equal, else the way down from the lower to the upper bound, which is always included;
+    /// 2000000000 is the root as a lower bound and all leaves as an upper one. What stands below a NOT-domain
+    /// stays as it is. Effectivities that the expressions refer to have their own expressions rewritten too;
+    /// they are changed by the call like the expressions, so threads may share them only when nobody branches
+    /// meanwhile. Criteria of lists are stored back in filters of the map, and in no other list.
     ///
     /// @param context where the expressions belong; read only.
     /// @param expressions a map whose values are expressions, as ConvertEeGenericExprToEeExpr makes it; the

@@ -48,6 +48,7 @@ extern template class QUELT_DATA_MIGRATION_API
 class QUELT_DATA_MIGRATION_API QueltReconstituteEffectivityFromCompiledBinary::OperationStackElement
     : public QueltInTyped<OperationStackElement, QueltInObject> {
 public:
+    /// The name of the class, as the type registry shows it.
     static constexpr const char* s_className =
         "QueltReconstituteEffectivityFromCompiledBinary::OperationStackElement";
 

@@ -17,13 +17,16 @@ extern template class QUELT_CORE_API QueltInTyped<QueltDnf, QueltInObject>;
 class QUELT_CORE_API QueltDnf : public QueltInTyped<QueltDnf, QueltInObject> {
 public:
     static constexpr const char* s_className = "QueltDnf";
-    /// The limits that keep a normal form from filling the memory: conjunctions, literals in all, and what
-    /// all literals are made of (values, intervals and bounds of selections; an effectivity leaf counts as
-    /// one).
+    /// How many conjunctions a form may have. This limit and the two below keep a normal form from filling
+    /// the memory.
     static constexpr std::size_t s_maxConjunctions = 10'000;
+    /// How many literals all conjunctions may have together.
     static constexpr std::size_t s_maxLiterals = 200'000;
+    /// How many values, intervals and bounds of selections all literals may be made of; an effectivity leaf
+    /// counts as one.
     static constexpr std::size_t s_maxValues = 4'000'000;
 
+    /// The references of a conjunction's literals, in order; the form owns them.
     using Conjunction = QueltInVector<QueltEeNodeRef*>;
 
     /// FALSE.

@@ -17,9 +17,11 @@ public:
     /// With these literals.
     explicit DnfConjunction(std::vector<DnfLiteral> literals);
 
+    /// The literals, by ascending slot; valid as long as the conjunction.
     [[nodiscard]] const std::vector<DnfLiteral>& literals() const noexcept { return m_literals; }
     /// True when whatever satisfies `other` satisfies this one, because all its literals are there.
     [[nodiscard]] bool includes(const DnfConjunction& other) const;
+    /// True when both have the same literals.
     friend bool operator==(const DnfConjunction& left, const DnfConjunction& right) noexcept {
         return left.m_literals == right.m_literals;
     }
@@ -33,6 +35,7 @@ private:
 
 /// A disjunction of conjunctions; without any it is FALSE.
 struct DnfForm {
+    /// The conjunctions, in the order in which they were made; one is enough for the form to hold.
     std::vector<DnfConjunction> conjunctions;
 
     /// How much memory it takes, in literals.
@@ -42,6 +45,7 @@ struct DnfForm {
 /// Calculates with forms as long as there is enough of what it may use up.
 class DnfCalculator {
 public:
+    /// Without literals, with everything left that a calculation may use up.
     DnfCalculator() noexcept;
 
     /// Makes a conjunction of literals in any order, slots may come several times; nothing when they
@@ -54,6 +58,7 @@ public:
     /// time that is left for it. E_OUTOFMEMORY when too much is left; other failures as DnfLiterals::join.
     [[nodiscard]] long reduce(DnfForm& form);
 
+    /// The literals that all conjunctions of this calculation are made of.
     [[nodiscard]] DnfLiterals& literals() noexcept { return m_literals; }
 
 private:

@@ -23,13 +23,18 @@ namespace quelt {
 /// ids have equal slots and mean the same. The place is where it stood first in the tree, for the order of
 /// literals in the end; it does not tell literals apart.
 struct DnfLiteral {
+    /// What the literal depends on.
     std::uint32_t slot;
+    /// What it says; unique among the literals of one DnfLiterals.
     std::uint32_t id;
+    /// Where it stood first in the tree.
     std::uint32_t place;
 
+    /// True when both say the same, wherever they stood.
     friend bool operator==(const DnfLiteral& left, const DnfLiteral& right) noexcept {
         return left.id == right.id;
     }
+    /// By slot, then by what they say.
     friend std::strong_ordering operator<=>(const DnfLiteral& left, const DnfLiteral& right) noexcept {
         return left.slot != right.slot ? left.slot <=> right.slot : left.id <=> right.id;
     }

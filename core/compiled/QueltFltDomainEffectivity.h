@@ -25,8 +25,8 @@ public:
 
     /// A view (owned by the domain) with its kind.
     struct Entry {
-        QueltExpressionView kind;
-        QueltFltEffectivityView* view;
+        QueltExpressionView kind;      ///< how the view looks at the domain
+        QueltFltEffectivityView* view; ///< never null
     };
 
     /// Without views.

@@ -21,8 +21,8 @@ public:
 
     /// A domain (owned by the effectivity) with its number.
     struct Entry {
-        unsigned int number;
-        QueltFltDomainEffectivity* domain;
+        unsigned int number;               ///< 1 history; 2 evolution, variant and change; 3 constant
+        QueltFltDomainEffectivity* domain; ///< never null
     };
 
     /// Without domains.

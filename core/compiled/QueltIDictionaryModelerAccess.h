@@ -18,7 +18,10 @@ public:
     [[nodiscard]] virtual const QueltEeCatOptionVar* findOption(const QueltInGuid& guid) const = 0;
 
 protected:
+    /// For derived classes; there is nothing to set up, and nothing to copy.
     QueltIDictionaryModelerAccess() = default;
+    /// Copies nothing.
     QueltIDictionaryModelerAccess(const QueltIDictionaryModelerAccess&) = default;
+    /// Copies nothing.
     QueltIDictionaryModelerAccess& operator=(const QueltIDictionaryModelerAccess&) = default;
 };

@@ -11,6 +11,7 @@ class QUELT_CORE_API QueltEeSerialVarValue : public QueltInTyped<QueltEeSerialVa
 public:
     static constexpr const char* s_className = "QueltEeSerialVarValue";
 
+    /// The value with a copy of the text `revision` and this sequence number.
     QueltEeSerialVarValue(const QueltInString& revision, unsigned int sequenceNumber);
 
     /// The revision text.

@@ -16,8 +16,9 @@ enum class SetOperation;
 
 /// A point in time, to the second, as seconds since 1970-01-01T00:00:00Z in the proleptic Gregorian calendar.
 struct QUELT_CORE_API QueltEeDate {
-    /// Before all points, and after all points: the open ends of intervals.
+    /// Before all points: the start of an interval that is open below.
     static constexpr std::int64_t s_openBelow = std::numeric_limits<std::int64_t>::min();
+    /// After all points: the end of an interval that is open above.
     static constexpr std::int64_t s_openAbove = std::numeric_limits<std::int64_t>::max();
 
     /// Reads "YYYY-MM-DD" or "YYYY-MM-DDThh:mm:ssZ" (ISO 8601), years 0000 to 9999, days that exist, no leap
@@ -39,8 +40,9 @@ public:
 
     /// One interval, [from, to), in seconds as QueltEeDate has them.
     struct Interval {
-        std::int64_t from;
-        std::int64_t to;
+        std::int64_t from; ///< the first second that is in, or QueltEeDate::s_openBelow
+        std::int64_t to;   ///< the first second that is not in any more, or QueltEeDate::s_openAbove
+        /// True when both bounds are equal.
         friend bool operator==(const Interval&, const Interval&) = default;
     };
 

@@ -14,8 +14,9 @@ class IntervalSet {
 public:
     /// From `from` on, up to but not including `to`.
     struct Interval {
-        std::int64_t from;
-        std::int64_t to;
+        std::int64_t from; ///< the first number that is in
+        std::int64_t to;   ///< the first number that is not in any more
+        /// True when both bounds are equal.
         friend bool operator==(const Interval&, const Interval&) = default;
     };
 
@@ -42,6 +43,7 @@ public:
     /// The intervals, ascending.
     [[nodiscard]] std::span<const Interval> intervals() const noexcept { return m_intervals.values(); }
 
+    /// True when both hold the same numbers; takes linear time.
     friend bool operator==(const IntervalSet& left, const IntervalSet& right) noexcept;
 
 private:

@@ -38,7 +38,9 @@ public:
     [[nodiscard]] unsigned char isAllTrue() const override;
 
 protected:
+    /// No values; `variable` (not owned, may be null) must outlive the effectivity.
     explicit QueltEeNamedValueEff(const QueltEeNamedValueVar* variable) noexcept : m_pVariable(variable) {}
+    /// The same values of the same variable, with the same flags.
     QueltEeNamedValueEff(const QueltEeNamedValueEff&) = default;
 
 private:

@@ -24,10 +24,11 @@ public:
 
     /// One interval as the effectivity keeps it; see QueltInSerialInterval.
     struct Interval {
-        int a;
-        int b;
-        unsigned char aIncl;
-        unsigned char bIncl;
+        int a;               ///< the lower bound; -2000000000 for none
+        int b;               ///< the upper bound; 2000000000 for none
+        unsigned char aIncl; ///< non-zero when the lower bound itself is in
+        unsigned char bIncl; ///< non-zero when the upper bound itself is in
+        /// True when bounds and flags are equal, as they are kept.
         friend bool operator==(const Interval&, const Interval&) = default;
     };
 

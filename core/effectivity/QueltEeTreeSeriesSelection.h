@@ -14,12 +14,17 @@ class QUELT_CORE_API QueltEeTreeSeriesSelectionBound
 public:
     static constexpr const char* s_className = "QueltEeTreeSeriesSelectionBound";
 
+    /// The bound at `element` (not owned; must outlive the bound and what is made of it); the element
+    /// itself is in when `included` is not zero.
     QueltEeTreeSeriesSelectionBound(const QueltEeTreeSeriesElement* element, unsigned char included) noexcept
         : m_pElement(element), m_included(included != 0 ? 1 : 0) {}
 
+    /// The element, or null.
     [[nodiscard]] const QueltEeTreeSeriesElement* getElement() const noexcept { return m_pElement; }
+    /// 1 when the element itself is in, else 0.
     [[nodiscard]] unsigned char isIncluded() const noexcept { return m_included; }
 
+    /// True when both stand at one and the same element, included in both or in neither.
     friend bool operator==(const QueltEeTreeSeriesSelectionBound& left,
                            const QueltEeTreeSeriesSelectionBound& right) noexcept {
         return left.m_pElement == right.m_pElement && left.m_included == right.m_included;
@@ -52,8 +57,9 @@ public:
     static constexpr const char* s_className = "QueltEeTreeSeriesSelection";
     /// A bound as the selection keeps it.
     struct Bound {
-        const QueltEeTreeSeriesElement* element;
-        bool included;
+        const QueltEeTreeSeriesElement* element; ///< not owned, never null
+        bool included;                           ///< whether the element itself is in
+        /// True when both stand at one and the same element, included in both or in neither.
         friend bool operator==(const Bound&, const Bound&) = default;
     };
 
@@ -71,8 +77,11 @@ public:
     /// is set; nothing is changed then.
     virtual long addToBound(const QueltEeTreeSeriesSelectionBound& bound);
 
+    /// The single element, when it is a selection of one.
     [[nodiscard]] const std::optional<Bound>& getSingle() const noexcept { return m_single; }
+    /// Where the way starts; nothing for the root, and for a selection of one.
     [[nodiscard]] const std::optional<Bound>& getFrom() const noexcept { return m_from; }
+    /// Where the ways end, in the order added; nothing for the leaves. Valid until the selection changes.
     [[nodiscard]] std::span<const Bound> getTo() const noexcept { return m_to.values(); }
     /// True when `element` belongs to the selection.
     [[nodiscard]] bool contains(const QueltEeTreeSeriesElement& element) const;

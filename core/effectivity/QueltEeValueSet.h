@@ -40,6 +40,7 @@ public:
         }
     }
 
+    /// True when both have the same limit and hold the same numbers.
     friend bool operator==(const ValueSet& left, const ValueSet& right) noexcept;
 
 private:

@@ -28,9 +28,12 @@ public:
     /// Non-zero when `other` denotes the same: the same class, variable, values and "no variable", however
     /// written.
     [[nodiscard]] virtual unsigned char equals(const QueltEeVarEff& other) const = 0;
-    /// Intersection, union, and difference with `other`.
+    /// Keeps what is in `other` as well (intersection). S_OK; E_INVALIDARG and E_OUTOFMEMORY as said of the
+    /// class, and nothing is changed then.
     virtual long opAnd(const QueltEeVarEff& other) = 0;
+    /// Adds what is in `other` (union); results as of opAnd.
     virtual long opOr(const QueltEeVarEff& other) = 0;
+    /// Takes out what is in `other` (difference); results as of opAnd.
     virtual long opCut(const QueltEeVarEff& other) = 0;
     /// Complement of everything, "no variable" included. S_OK always.
     virtual long opNot();
@@ -42,8 +45,9 @@ public:
     [[nodiscard]] virtual unsigned char isNoVarIncluded() const;
     /// The no-variable flag as stored.
     [[nodiscard]] virtual unsigned char getNoVar() const;
-    /// Non-zero when nothing is in; non-zero when everything is, "no variable" included.
+    /// Non-zero when nothing is in, "no variable" neither.
     [[nodiscard]] virtual unsigned char isAllFalse() const = 0;
+    /// Non-zero when everything is in, "no variable" included.
     [[nodiscard]] virtual unsigned char isAllTrue() const = 0;
     /// Turns the no-variable flag round.
     virtual void switchNoVar();
@@ -52,8 +56,11 @@ public:
     [[nodiscard]] QueltInString toString() const override = 0;
 
 protected:
+    /// Not negated, without "no variable".
     QueltEeVarEff() = default;
+    /// With the same flags.
     QueltEeVarEff(const QueltEeVarEff&) = default;
+    /// Takes both flags over.
     QueltEeVarEff& operator=(const QueltEeVarEff&) = default;
 
     /// The text for toString(): `values`, such as "Engine in {V6, V8}", with what the flags say.

@@ -21,17 +21,30 @@ public:
     /// Every flag as `all` says.
     explicit QueltEVCClassification(unsigned char all) noexcept;
 
+    /// Says whether the subtree holds a criterion on a series: yes unless `value` is 0.
     void setEvolution(unsigned char value) noexcept { set(s_evolution, value); }
+    /// Says whether the subtree holds a criterion on an option or a selection: yes unless `value` is 0.
     void setVariant(unsigned char value) noexcept { set(s_variant, value); }
+    /// Says whether the subtree holds a predefined effectivity: yes unless `value` is 0.
     void setChange(unsigned char value) noexcept { set(s_change, value); }
+    /// Says whether the subtree holds a date: yes unless `value` is 0.
     void setHistory(unsigned char value) noexcept { set(s_history, value); }
+    /// Says whether the subtree holds an effectivity that is neither predefined nor basic: yes unless
+    /// `value` is 0.
     void setEffectivity(unsigned char value) noexcept { set(s_effectivity, value); }
+    /// Says whether the subtree holds a basic effectivity: yes unless `value` is 0.
     void setInheritedEff(unsigned char value) noexcept { set(s_inheritedEff, value); }
+    /// 1 when the subtree holds a criterion on a series, else 0.
     [[nodiscard]] unsigned char isEvolution() const noexcept { return get(s_evolution); }
+    /// 1 when the subtree holds a criterion on an option or a selection, else 0.
     [[nodiscard]] unsigned char isVariant() const noexcept { return get(s_variant); }
+    /// 1 when the subtree holds a predefined effectivity, else 0.
     [[nodiscard]] unsigned char isChange() const noexcept { return get(s_change); }
+    /// 1 when the subtree holds a date, else 0.
     [[nodiscard]] unsigned char isHistory() const noexcept { return get(s_history); }
+    /// 1 when the subtree holds an effectivity that is neither predefined nor basic, else 0.
     [[nodiscard]] unsigned char isEffectivity() const noexcept { return get(s_effectivity); }
+    /// 1 when the subtree holds a basic effectivity, else 0.
     [[nodiscard]] unsigned char isInheritedEff() const noexcept { return get(s_inheritedEff); }
 
     /// "evolution, variant"; "none".

@@ -23,10 +23,14 @@ public:
     /// Says whether the effectivity holds.
     void setEffectivity(const QueltInGuid& effectivity, bool holds);
 
-    /// What was said, if anything. The text is valid until the configuration changes.
+    /// The name of the value of the option or selection `feature`, if one was given; valid until the
+    /// configuration changes.
     [[nodiscard]] std::optional<std::string_view> getValue(const QueltInGuid& feature) const;
+    /// The sequence number of the series `feature`, if one was given.
     [[nodiscard]] std::optional<std::int64_t> getSequenceNumber(const QueltInGuid& feature) const;
+    /// The date, in seconds as QueltEeDate has them, if one was given.
     [[nodiscard]] std::optional<std::int64_t> getDate() const { return m_date; }
+    /// True when it was said that the effectivity holds.
     [[nodiscard]] bool holds(const QueltInGuid& effectivity) const;
 
 private:

@@ -18,9 +18,10 @@ struct CriterionKey {
     /// Of an effectivity leaf: its effectivity and its dictionary.
     explicit CriterionKey(const QueltEeEffLeaf& leaf);
 
-    const void* kind;
-    std::uint64_t first;
-    std::uint64_t second;
+    const void* kind;     ///< the type class of the effectivity or of the leaf
+    std::uint64_t first;  ///< the first half of the GUID, or the address of the effectivity
+    std::uint64_t second; ///< the second half of the GUID, or the address of the dictionary
+    /// True when both criteria depend on the same.
     friend bool operator==(const CriterionKey&, const CriterionKey&) = default;
     /// A number that equal keys share.
     [[nodiscard]] std::uint64_t hash() const noexcept;

@@ -18,8 +18,8 @@ class QUELT_CORE_API QueltEeFilterExpression
 public:
     static constexpr const char* s_className = "QueltEeFilterExpression";
 
-    /// A filter in `dictionary` (not owned, may be null) over `list` (taken over, may be null), with the flag
-    /// 0.
+    /// A filter in `dictionary` (not owned, may be null) over `list` (taken over, may be null); its
+    /// list-mode flag is 0.
     QueltEeFilterExpression(const QueltEeModelDico* dictionary, QueltQmSpecList* list);
     ~QueltEeFilterExpression() override;
     QueltEeFilterExpression(const QueltEeFilterExpression&) = delete;
@@ -34,9 +34,10 @@ public:
     /// changed, and the filter has a new list then; E_FAIL, and nothing is changed, when a criterion gives no
     /// copy.
     virtual long simplify();
-    /// The disjunctive normal form of the filter, and of its negation; the caller owns `dnf`. Results as
-    /// QueltDnf::make; E_FAIL, and null, when a criterion gives no copy.
+    /// Makes the disjunctive normal form of the filter; the caller owns `dnf`. Results as QueltDnf::make;
+    /// E_FAIL, and null, when a criterion gives no copy.
     virtual long getDNF(QueltDnf*& dnf) const;
+    /// As getDNF, of the filter's negation.
     virtual long getNotDNF(QueltDnf*& dnf) const;
     /// As runConstVisitor; what a leaf holds after its visit is stored back as the criterion. A criterion
     /// stays as it is when the visit fails, and when the leaf holds nothing afterwards.
@@ -47,6 +48,7 @@ public:
     [[nodiscard]] QueltEeNodeRef* makeTree() const;
     /// The dictionary, or null.
     [[nodiscard]] const QueltEeModelDico* getDictionary() const noexcept { return m_pDictionary; }
+    /// Puts the filter in `dictionary` (not owned, may be null).
     void setDictionary(const QueltEeModelDico* dictionary) noexcept { m_pDictionary = dictionary; }
     /// The list, or null; it stays the filter's.
     [[nodiscard]] QueltQmSpecList* getSpecList() const noexcept { return m_pList; }
@@ -54,6 +56,7 @@ public:
     void setSpecList(QueltQmSpecList* list);
     /// The list-mode flag: 0 all criteria, else at least one.
     [[nodiscard]] int getListMode() const noexcept { return m_listMode; }
+    /// Sets the list-mode flag.
     void setListMode(int listMode) noexcept { m_listMode = listMode; }
     /// "filter(Truck: all: Engine in {V6})", "filter(at least one: ...)" without dictionary, "filter(Truck:
     /// all)" without criteria.

@@ -21,6 +21,7 @@ extern template class QUELT_CORE_API QueltInTyped<QueltEeTrue, QueltEeNodeLeaf>;
 class QUELT_CORE_API QueltEeTrue : public QueltInTyped<QueltEeTrue, QueltEeNodeLeaf> {
 public:
     static constexpr const char* s_className = "QueltEeTrue";
+    /// Without reference.
     QueltEeTrue() = default;
     long acceptVisitor(QueltEeNodeVisitor& visitor) override;
     [[nodiscard]] QueltEeNodeRef* clone() const override;
@@ -34,6 +35,7 @@ extern template class QUELT_CORE_API QueltInTyped<QueltEeFalse, QueltEeNodeLeaf>
 class QUELT_CORE_API QueltEeFalse : public QueltInTyped<QueltEeFalse, QueltEeNodeLeaf> {
 public:
     static constexpr const char* s_className = "QueltEeFalse";
+    /// Without reference.
     QueltEeFalse() = default;
     long acceptVisitor(QueltEeNodeVisitor& visitor) override;
     [[nodiscard]] QueltEeNodeRef* clone() const override;
@@ -49,23 +51,29 @@ class QUELT_CORE_API QueltEeNodeElementaryLeaf
 public:
     static constexpr const char* s_className = "QueltEeNodeElementaryLeaf";
 
-    /// Build a new tree for "this and other", "this or other", "not this": one leaf or constant where one
-    /// says it exactly, else an operator over copies. The caller owns `result`. S_OK; E_FAIL, and null, when
-    /// a leaf gives no copy.
+    /// Builds a new tree for "this and other": one leaf or constant where one says it exactly, else an
+    /// operator over copies. The caller owns `result`. S_OK; E_FAIL, and null, when a leaf gives no copy.
     virtual long opAnd(const QueltEeNodeElementaryLeaf& other, QueltEeNodeRef*& result) const;
+    /// As above, for "this or other".
     virtual long opOr(const QueltEeNodeElementaryLeaf& other, QueltEeNodeRef*& result) const;
+    /// As above, for "not this".
     virtual long opNot(QueltEeNodeRef*& result) const;
-    /// Non-zero when the leaf is true (false) in every configuration.
+    /// Non-zero when the leaf is true in every configuration.
     [[nodiscard]] virtual unsigned char isEquivalentToTrue() const;
+    /// Non-zero when the leaf is false in every configuration.
     [[nodiscard]] virtual unsigned char isEquivalentToFalse() const;
     /// When the leaf is equivalent to a constant, the reference that owns it holds that constant from then on
     /// and the leaf is gone; non-zero when that happened. Nothing happens to a leaf that no reference owns
     /// yet.
     virtual unsigned char convertToTrueFalse();
-    /// Combine in place two leaves on the same criterion, where the result is a leaf of the same class;
-    /// E_INVALIDARG, and nothing is changed, where it is not. Variable effectivities add their own failures.
+    /// Makes this leaf say "this and other", where both are on the same criterion and a leaf of the same
+    /// class says it; E_INVALIDARG, and nothing is changed, where none does. Variable effectivities add their
+    /// own failures.
     virtual long opAnd(const QueltEeNodeElementaryLeaf& other);
+    /// As above, for "this or other".
     virtual long opOr(const QueltEeNodeElementaryLeaf& other);
+    /// Makes this leaf say the opposite; E_INVALIDARG, and nothing is changed, where no leaf of the same
+    /// class does.
     virtual long opNot();
     /// The object on which the leaf's truth depends (a variable, an effectivity), or null; not owned.
     [[nodiscard]] virtual const QueltInObject* getConstraintCriterion() const;
@@ -97,6 +105,7 @@ public:
     [[nodiscard]] virtual QueltEeEffectivity* getTargetEff() const;
     /// The dictionary, or null.
     [[nodiscard]] virtual const QueltEeModelDico* getReferencedContext() const;
+    /// Puts the leaf in `dictionary` (not owned, may be null).
     virtual void setReferencedContext(const QueltEeModelDico* dictionary);
     /// Non-zero when the leaf holds where the effectivity does not.
     [[nodiscard]] virtual unsigned char isNegated() const;
@@ -159,6 +168,7 @@ class QUELT_CORE_API QueltEeRestrictionEffLeaf
 public:
     static constexpr const char* s_className = "QueltEeRestrictionEffLeaf";
 
+    /// With a copy of `text`.
     explicit QueltEeRestrictionEffLeaf(const QueltInString& text);
     long acceptVisitor(QueltEeNodeVisitor& visitor) override;
     [[nodiscard]] QueltEeNodeRef* clone() const override;

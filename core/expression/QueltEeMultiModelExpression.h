@@ -22,8 +22,8 @@ public:
 
     /// A dictionary (not owned) with its criterion.
     struct Filed {
-        const QueltEeModelDico* dictionary;
-        ModelCriteria* criteria;
+        const QueltEeModelDico* dictionary; ///< never null
+        ModelCriteria* criteria;            ///< the expression's, never null
     };
 
     ~QueltEeMultiModelExpression() override;
@@ -62,6 +62,7 @@ public:
     [[nodiscard]] QueltInString toString() const override;
 
 protected:
+    /// Without criteria: it holds everywhere.
     QueltEeMultiModelExpression() = default;
     /// "change", "effectivity".
     [[nodiscard]] virtual const char* kindName() const = 0;
@@ -91,8 +92,9 @@ public:
     ModelCriteria(const ModelCriteria&) = delete;
     ModelCriteria& operator=(const ModelCriteria&) = delete;
 
-    /// The parts, or null; they stay the criterion's.
+    /// What the dictionary inherits, or null; it stays the criterion's.
     [[nodiscard]] QueltEeNodeRef* getInherited() const noexcept { return m_pInherited; }
+    /// The dictionary's own part, or null; it stays the criterion's.
     [[nodiscard]] QueltEeNodeRef* getOwn() const noexcept { return m_pOwn; }
     /// "own ..., inherited ..."; "none" without either part.
     [[nodiscard]] QueltInString toString() const override;

@@ -71,12 +71,14 @@ public:
     /// terms; E_POINTER for one without node, E_INVALIDARG for any other object. What is removed stands alone
     /// again and is the caller's, an alias too.
     [[nodiscard]] virtual QueltInLinkList& getChildren();
+    /// The children's references, for reading.
     [[nodiscard]] const QueltInLinkList& getChildren() const;
 
     /// True for AND, false for OR.
     [[nodiscard]] bool isAnd() const noexcept { return m_isAnd; }
 
 protected:
+    /// Without children: an AND (which is TRUE) or an OR (which is FALSE).
     explicit QueltEeGroupOp(bool isAnd);
 
 private:
@@ -168,6 +170,7 @@ public:
     /// rewriting made.
     explicit QueltEeNotOp(unsigned char isGenerated = 0) noexcept;
     long acceptVisitor(QueltEeNodeVisitor& visitor) override;
+    /// What the constructor was told.
     [[nodiscard]] unsigned char isGenerated() const noexcept { return m_isGenerated; }
 
 private:

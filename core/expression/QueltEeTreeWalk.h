@@ -14,11 +14,14 @@ namespace quelt {
 /// leaf's. It looks at the node anew each time, so the children may change meanwhile.
 class NodeChildren {
 public:
+    /// The children of `node`, which must outlive this object.
     explicit NodeChildren(const QueltEeNode& node);
 
-    /// The group, or the single operator; null when the node is not one.
+    /// The node as a group; null when it is none.
     [[nodiscard]] const QueltEeGroupOp* group() const noexcept { return m_pGroup; }
+    /// The node as a single operator; null when it is none.
     [[nodiscard]] const QueltEeSingleOp* single() const noexcept { return m_pSingle; }
+    /// True when the node can have children.
     [[nodiscard]] bool isOperator() const noexcept { return m_pGroup != nullptr || m_pSingle != nullptr; }
     /// The reference at `position`, null past the last.
     [[nodiscard]] const QueltEeNodeRef* at(std::uint32_t position) const;

@@ -31,6 +31,7 @@ public:
     long replaceVarEff(unsigned int position, QueltEeVarEff& effectivity);
     /// The named effectivities (QueltEeEffectivity, not owned), read and filled directly.
     [[nodiscard]] virtual QueltInSet& getNamedEffectivities();
+    /// The named effectivities, for reading.
     [[nodiscard]] virtual const QueltInSet& getNamedEffectivities() const;
     /// A copy: variable effectivities are copied, named ones shared. The caller owns it.
     [[nodiscard]] QueltQmSpecList* clone() const;

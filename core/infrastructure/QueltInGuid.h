@@ -16,6 +16,7 @@ extern template class QUELT_CORE_API QueltInTyped<QueltInGuid, QueltInObjectVal>
 class QUELT_CORE_API QueltInGuid : public QueltInTyped<QueltInGuid, QueltInObjectVal> {
 public:
     static constexpr const char* s_className = "QueltInGuid";
+    /// The bytes, in the order of the text.
     using Bytes = std::array<std::uint8_t, 16>;
 
     /// The empty GUID: all bytes zero.
@@ -27,6 +28,7 @@ public:
     /// it was, for anything else.
     [[nodiscard]] static long parse(std::string_view text, QueltInGuid& guid) noexcept;
 
+    /// The bytes; valid as long as the object.
     [[nodiscard]] const Bytes& getBytes() const noexcept { return m_bytes; }
     [[nodiscard]] QueltInString toString() const override;
     [[nodiscard]] QueltInObjectVal* clone(QueltInObjectVal* reuse) const override;
@@ -35,9 +37,11 @@ public:
     /// As hash(), all 64 bits, for tables of GUIDs and nothing else.
     [[nodiscard]] std::uint64_t fullHash() const noexcept;
 
+    /// True when all bytes are equal.
     friend bool operator==(const QueltInGuid& left, const QueltInGuid& right) noexcept {
         return left.m_bytes == right.m_bytes;
     }
+    /// By the bytes, the first byte first, which is the order of the texts.
     friend std::strong_ordering operator<=>(const QueltInGuid& left, const QueltInGuid& right) noexcept {
         return left.m_bytes <=> right.m_bytes;
     }

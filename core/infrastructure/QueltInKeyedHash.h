@@ -24,11 +24,14 @@ namespace quelt {
 /// For the unordered containers of the standard library. That the call may throw, for all they know, makes
 /// them keep the hashes.
 struct KeyedTextHash {
+    /// Tells the containers that a key may be looked up by its view.
     using is_transparent = void;
+    /// The keyed hash of `text`.
     [[nodiscard]] std::size_t operator()(std::string_view text) const { return keyedHash(text); }
 };
 /// The same for numbers.
 struct KeyedNumberHash {
+    /// The keyed hash of `number`.
     [[nodiscard]] std::size_t operator()(std::uint32_t number) const { return keyedHash({number, 0, 0, 0}); }
 };
 

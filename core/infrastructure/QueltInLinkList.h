@@ -27,8 +27,8 @@ public:
     virtual long Remove(unsigned int position);
     /// An object and where it stands.
     struct Placed {
-        std::uint32_t position;
-        QueltInObject* object;
+        std::uint32_t position; ///< 0-based
+        QueltInObject* object;  ///< not owned
     };
     /// Takes the elements at `positions`, which ascend, out without deleting them, in one pass. E_INVALIDARG,
     /// and nothing is changed, when the positions do not ascend or one is past the end.
@@ -86,12 +86,15 @@ public:
         friend class QueltInLinkList;
         using const_iterator::const_iterator;
     };
-    /// In front of the first element.
+    /// In front of the first element; told of changes.
     [[nodiscard]] iterator Begin() noexcept { return {*this, 0U}; }
+    /// In front of the first element; told of changes.
     [[nodiscard]] const_iterator cBegin() noexcept { return {*this, 0U}; }
+    /// In front of the first element; not told of changes.
     [[nodiscard]] const_iterator cBegin() const noexcept { return {*this, 0U}; }
-    /// In front of the last element; at the end when the list is empty.
+    /// In front of the last element, at the end when the list is empty; told of changes.
     [[nodiscard]] const_iterator cLast() noexcept { return {*this, lastPosition()}; }
+    /// In front of the last element, at the end when the list is empty; not told of changes.
     [[nodiscard]] const_iterator cLast() const noexcept { return {*this, lastPosition()}; }
 
     [[nodiscard]] QueltInString toString() const override;

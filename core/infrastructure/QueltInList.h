@@ -32,9 +32,12 @@ public:
     /// Walks the elements in order; the list may grow meanwhile.
     class QUELT_CORE_API const_iterator {
     public:
+        /// On the first element of `list`, which must outlive the iterator.
         explicit const_iterator(const QueltInList& list) noexcept : m_pList(&list) {}
         virtual ~const_iterator();
+        /// At the same place of the same list.
         const_iterator(const const_iterator&) = default;
+        /// Goes to the same place of the same list.
         const_iterator& operator=(const const_iterator&) = default;
 
         /// The current element, then advances; null after the last.

@@ -33,9 +33,12 @@ public:
     /// Walks the values in order; the list may grow meanwhile.
     class QUELT_CORE_API const_iterator {
     public:
+        /// On the first value of `list`, which must outlive the iterator.
         explicit const_iterator(const QueltInListVal& list) noexcept : m_pList(&list) {}
         virtual ~const_iterator();
+        /// At the same place of the same list.
         const_iterator(const const_iterator&) = default;
+        /// Goes to the same place of the same list.
         const_iterator& operator=(const const_iterator&) = default;
 
         /// The current value, then advances; null after the last.

@@ -46,16 +46,20 @@ public:
     [[nodiscard]] int GetLength() const noexcept { return static_cast<int>(m_entries.size()); }
     /// Non-zero when there is no entry.
     [[nodiscard]] int IsEmpty() const noexcept { return m_entries.empty() ? 1 : 0; }
-    /// The declared classes.
+    /// The declared class of the keys; null declares nothing.
     [[nodiscard]] QueltInObjectTypeClass* getKeyType() const noexcept { return m_pKeyType; }
+    /// The declared class of the values; null declares nothing.
     [[nodiscard]] QueltInObjectTypeClass* getValueType() const noexcept { return m_pValueType; }
 
     /// Walks the entries in order; the map must stay unchanged meanwhile.
     class QUELT_CORE_API const_iterator {
     public:
+        /// On the first entry of `map`, which must outlive the iterator.
         explicit const_iterator(const QueltInMap& map) noexcept : m_pMap(&map) {}
         virtual ~const_iterator();
+        /// At the same place of the same map.
         const_iterator(const const_iterator&) = default;
+        /// Goes to the same place of the same map.
         const_iterator& operator=(const const_iterator&) = default;
 
         /// The current value, then advances; null after the last (and for an entry whose value is null, which

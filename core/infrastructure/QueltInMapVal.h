@@ -35,9 +35,12 @@ public:
     /// Walks the keys in order; the map must stay unchanged meanwhile.
     class QUELT_CORE_API const_iterator {
     public:
+        /// On the first entry of `map`, which must outlive the iterator.
         explicit const_iterator(const QueltInMapVal& map) noexcept : m_pMap(&map) {}
         virtual ~const_iterator();
+        /// At the same place of the same map.
         const_iterator(const const_iterator&) = default;
+        /// Goes to the same place of the same map.
         const_iterator& operator=(const const_iterator&) = default;
 
         /// The current key, then advances; null after the last.

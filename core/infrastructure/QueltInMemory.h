@@ -113,13 +113,16 @@ private:
 template <class T>
 class QueltInAllocator {
 public:
+    /// What the memory is for.
     using value_type = T;
 
+    /// There is nothing to set up: what is current on the thread decides.
     QueltInAllocator() noexcept = default;
+    /// As good as the allocator for objects of another class.
     template <class U>
     QueltInAllocator(const QueltInAllocator<U>& /*other*/) noexcept {} // NOLINT(google-explicit-constructor)
 
-    /// Room for `count` objects.
+    /// Room for `count` objects. Throws std::bad_alloc when there is none left.
     [[nodiscard]] T* allocate(std::size_t count) {
         if (count > PTRDIFF_MAX / sizeof(T)) {
             throw std::bad_array_new_length();
@@ -129,6 +132,7 @@ public:
     /// Gives the room back.
     void deallocate(T* memory, std::size_t /*count*/) noexcept { QueltInMemory::release(memory); }
 
+    /// True: what one allocates any other may give back.
     template <class U>
     friend bool operator==(const QueltInAllocator& /*left*/, const QueltInAllocator<U>& /*right*/) noexcept {
         return true;

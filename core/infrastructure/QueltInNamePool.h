@@ -20,6 +20,7 @@ public:
     explicit QueltInName(std::string_view text);
     /// The same name.
     QueltInName(const QueltInName& other) { share(other.m_pEntry); }
+    /// Bears the other name from then on.
     QueltInName& operator=(const QueltInName& other);
     ~QueltInName() { giveUp(); }
 
@@ -29,6 +30,7 @@ public:
     /// How many different names the process bears now, the empty one not counted; for figures and tests.
     [[nodiscard]] static std::size_t countOfNames();
 
+    /// True when the texts are equal; constant time.
     friend bool operator==(const QueltInName& left, const QueltInName& right) noexcept {
         return left.m_pEntry == right.m_pEntry;
     }

@@ -32,15 +32,25 @@ public:
     /// The object itself.
     [[nodiscard]] static const QueltInObject* cast(const QueltInObject& object);
 
+    /// Memory for an object, as QueltInMemory::allocate gives it; throws std::bad_alloc when there is none
+    /// left.
     static void* operator new(std::size_t bytes);
+    /// As above; null when there is none left.
     static void* operator new(std::size_t bytes, const std::nothrow_t& nothrow) noexcept;
+    /// `place`, which is memory of the caller's.
     static void* operator new(std::size_t bytes, void* place) noexcept;
+    /// Gives the memory back as QueltInMemory::release does: that of an arena is left to the arena.
     static void operator delete(void* memory) noexcept;
+    /// The same, for the constructor that fails.
     static void operator delete(void* memory, const std::nothrow_t& nothrow) noexcept;
+    /// Leaves the memory to the caller, whose it is.
     static void operator delete(void* memory, void* place) noexcept;
 
 protected:
+    /// For derived classes; the root itself holds nothing.
     QueltInObject() = default;
+    /// Copies nothing.
     QueltInObject(const QueltInObject&) = default;
+    /// Copies nothing.
     QueltInObject& operator=(const QueltInObject&) = default;
 };

@@ -18,11 +18,13 @@ public:
     /// [0, 0].
     QueltInSerialInterval() = default;
 
-    /// The lower and the upper bound.
+    /// The lower bound.
     [[nodiscard]] const int& getA() const noexcept { return m_a; }
+    /// The upper bound.
     [[nodiscard]] const int& getB() const noexcept { return m_b; }
-    /// Non-zero when the bound itself belongs to the interval.
+    /// Non-zero when the lower bound itself belongs to the interval.
     [[nodiscard]] unsigned char getAIncl() const noexcept { return m_aIncl; }
+    /// Non-zero when the upper bound itself belongs to the interval.
     [[nodiscard]] unsigned char getBIncl() const noexcept { return m_bIncl; }
     /// Sets both bounds with their inclusive flags. S_OK always.
     long setInterval(const int& a, const unsigned char& aIncl, const int& b,

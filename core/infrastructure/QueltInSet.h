@@ -47,9 +47,12 @@ public:
     /// Walks the elements in order; the set must stay unchanged meanwhile.
     class QUELT_CORE_API const_iterator {
     public:
+        /// On the first element of `set`, which must outlive the iterator.
         explicit const_iterator(const QueltInSet& set) noexcept : m_pSet(&set) {}
         virtual ~const_iterator();
+        /// At the same place of the same set.
         const_iterator(const const_iterator&) = default;
+        /// Goes to the same place of the same set.
         const_iterator& operator=(const const_iterator&) = default;
 
         /// The current element without advancing; null after the last and in an empty set.

@@ -20,8 +20,11 @@ class QueltInSmallVector {
     static_assert(Inline > 0);
 
 public:
+    /// Without values.
     QueltInSmallVector() noexcept = default;
+    /// A copy of the values; room that `other` has ahead is not copied.
     QueltInSmallVector(const QueltInSmallVector& other) { assign(other.values()); }
+    /// Replaces the values by a copy of those of `other`.
     QueltInSmallVector& operator=(const QueltInSmallVector& other) {
         if (this != &other) {
             assign(other.values());
@@ -30,14 +33,23 @@ public:
     }
     ~QueltInSmallVector() { releaseOwnMemory(); }
 
+    /// The number of values.
     [[nodiscard]] std::uint32_t size() const noexcept { return m_size; }
+    /// True when there is no value.
     [[nodiscard]] bool empty() const noexcept { return m_size == 0; }
+    /// The value at `position`; valid until the next change.
     [[nodiscard]] T& operator[](std::uint32_t position) noexcept { return m_pData[position]; }
+    /// The value at `position`; valid until the next change.
     [[nodiscard]] const T& operator[](std::uint32_t position) const noexcept { return m_pData[position]; }
+    /// The first value; valid until the next change, as are the ends below.
     [[nodiscard]] T* begin() noexcept { return m_pData; }
+    /// Behind the last value.
     [[nodiscard]] T* end() noexcept { return m_pData + m_size; }
+    /// The first value.
     [[nodiscard]] const T* begin() const noexcept { return m_pData; }
+    /// Behind the last value.
     [[nodiscard]] const T* end() const noexcept { return m_pData + m_size; }
+    /// All values in order; valid until the next change.
     [[nodiscard]] std::span<const T> values() const noexcept { return {m_pData, m_size}; }
 
     /// Appends a value.
@@ -61,6 +73,7 @@ public:
     }
     /// Keeps the first `size` values (at most size()).
     void truncate(std::uint32_t size) noexcept { m_size = size; }
+    /// Takes all values out; the room stays.
     void clear() noexcept { m_size = 0; }
     /// Replaces everything by a copy of `values`, which must not stand in this vector.
     void assign(std::span<const T> values) {

@@ -13,6 +13,7 @@ extern template class QUELT_CORE_API QueltInTyped<QueltInString, QueltInObjectVa
 class QUELT_CORE_API QueltInString : public QueltInTyped<QueltInString, QueltInObjectVal> {
 public:
     static constexpr const char* s_className = "QueltInString";
+    /// A text whose memory comes from the allocator that is current on the thread.
     using Text = std::basic_string<char, std::char_traits<char>, QueltInAllocator<char>>;
 
     /// The empty text.
@@ -43,6 +44,7 @@ public:
     [[nodiscard]] int equals(const QueltInObjectVal& other) const override;
     [[nodiscard]] unsigned int hash() const override;
 
+    /// True when both texts have the same bytes.
     friend bool operator==(const QueltInString& left, const QueltInString& right) noexcept {
         return left.m_text == right.m_text;
     }

@@ -12,6 +12,7 @@ class QUELT_CORE_API TextBuilder {
 public:
     /// Appends as it stands.
     TextBuilder& operator<<(std::string_view text);
+    /// Appends the number in decimal digits.
     TextBuilder& operator<<(std::int64_t number);
     /// Appends a name: as it stands when it is made of letters, digits, '_', '-' and '.', else (and when it
     /// is empty) in double quotes with JSON's escapes.

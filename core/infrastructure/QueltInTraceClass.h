@@ -33,10 +33,13 @@ public:
     /// Starts a line at `level` (0 message, 1 method entry, 2 method exit) and returns the object for
     /// chaining.
     QueltInTraceClass& beginTrace(int level);
-    /// Append to the line that this thread has begun; without one nothing happens. Null text appends nothing.
+    /// Appends `text` to the line that this thread has begun; without one nothing happens, nor for null.
     QueltInTraceClass& operator<<(const char* text);
+    /// Appends `number` in decimal digits, likewise.
     QueltInTraceClass& operator<<(int number);
+    /// Appends `number` in decimal digits, likewise.
     QueltInTraceClass& operator<<(unsigned int number);
+    /// Appends the address in hexadecimal digits behind "0x", likewise.
     QueltInTraceClass& operator<<(const void* pointer);
     /// Writes a whole line at level 0: as beginTrace, `<<` with each of `pieces` and endTrace, which look for
     /// the line each time.
@@ -57,8 +60,9 @@ public:
     /// The indentation of its second line, eight blanks.
     [[nodiscard]] static const char* GetErrorIndent() noexcept;
 
-    /// The names that its lines carry.
+    /// The name of the class that its lines carry.
     [[nodiscard]] const char* getClassName() const noexcept { return m_className.data(); }
+    /// The name of the domain that its lines carry.
     [[nodiscard]] const char* getDomainName() const noexcept { return m_domainName.data(); }
 
 private:

@@ -10,8 +10,9 @@
 /// One line of the trace facility as data. Its texts are not its own: a sink has them until it has written
 /// the line, of what a capture has taken they stay as long as the capture keeps the line.
 struct QueltInTraceLine {
-    /// The class and the domain of the trace object that wrote the line.
+    /// The class of the trace object that wrote the line.
     std::string_view className;
+    /// Its domain.
     std::string_view domainName;
     /// The innermost open method of that object, empty when none was.
     std::string_view methodName;
@@ -22,6 +23,7 @@ struct QueltInTraceLine {
     /// The text of the line.
     std::string_view text;
 
+    /// True when all members are equal, texts by what they say.
     friend bool operator==(const QueltInTraceLine&, const QueltInTraceLine&) = default;
 };
 

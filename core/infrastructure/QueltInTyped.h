@@ -29,6 +29,7 @@ public:
     /// The class's type class, made on the first call; null only when memory was exhausted then.
     [[nodiscard]] static QueltInObjectTypeClass* sType();
 
+    /// The type class of the object's own, most derived class.
     [[nodiscard]] QueltInObjectTypeClass* dType() const override;
 
     /// Non-zero when `object` is of this class or of one derived from it.

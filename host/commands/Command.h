@@ -1,6 +1,7 @@
 #pragma once
 
 #include "commands/Console.h"
+#include "commands/HelpSection.h"
 
 #include <CLI/CLI.hpp>
 #include <memory>
@@ -22,6 +23,8 @@ public:
     virtual ~Command() = default;
     /// Adds itself with its options to `application`, as a subcommand; returns that.
     virtual CLI::App& declare(CLI::App& application) = 0;
+    /// What its help says beside that.
+    [[nodiscard]] virtual std::vector<HelpSection> helpSections() const = 0;
     /// Does what the options say.
     virtual ExitStatus run(Console& console) = 0;
 };

@@ -19,12 +19,6 @@ namespace {
 constexpr const char* s_description =
     "Converts configuration effectivity from its older forms into multi-model expressions.";
 
-constexpr const char* s_footer = R"(Environment:
-  CGE_MigRen                     when set, series are renumbered through their model years
-  CFG_DA_Migration_Optimization  when set, trees are classified by a fixed rule
-  QUELT_TRACE                    a file, or stderr: where to write the trace of the libraries
-  NO_COLOR                       when set, messages are not coloured)";
-
 ExitStatus refuse(Console& console, std::string_view what) {
     writeMessage(console, what);
     console.messages << "Run with --help for more information." << std::endl;
@@ -71,32 +65,48 @@ std::vector<std::unique_ptr<Command>> makeCommands() {
     return commands;
 }
 
-ExitStatus runCommandLine(std::vector<std::string> arguments, Console& console) {
-    CLI::App application(s_description, "quelt-migrate");
-    application.set_version_flag("--version", "quelt-migrate " QUELT_VERSION);
-    application.require_subcommand(1);
-    application.footer(s_footer);
-
-    std::vector<std::pair<CLI::App*, std::unique_ptr<Command>>> commands;
+CommandLine::CommandLine() : m_application(s_description, "quelt-migrate") {
+    m_application.set_version_flag("--version", "quelt-migrate " QUELT_VERSION);
+    m_application.require_subcommand(1);
+    m_application.allow_windows_style_options(false); // "/records" is a path, there as well
+    m_application.footer(layOut(helpSections()));
     for (std::unique_ptr<Command>& command : makeCommands()) {
-        CLI::App& declared = command->declare(application);
-        commands.emplace_back(&declared, std::move(command));
+        CLI::App& declared = command->declare(m_application);
+        declared.footer(layOut(command->helpSections()));
+        m_commands.push_back({&declared, std::move(command)});
     }
-    if (const std::optional<std::string> fault = faultOfFirstWord(application, arguments)) {
+}
+
+std::vector<HelpSection> CommandLine::helpSections() {
+    return {exitStatusSection(),
+            {.title = "Environment",
+             .text = {},
+             .entries = {{"CGE_MigRen", "when set, series are renumbered through their model years"},
+                         {"CFG_DA_Migration_Optimization", "when set, trees are classified by a fixed rule"},
+                         {"QUELT_TRACE", "a file, or stderr: where to write the trace of the libraries"},
+                         {"NO_COLOR", "when set, messages are not coloured"}}}};
+}
+
+ExitStatus CommandLine::run(std::vector<std::string> arguments, Console& console) {
+    if (const std::optional<std::string> fault = faultOfFirstWord(m_application, arguments)) {
         return refuse(console, *fault);
     }
     try {
         std::reverse(arguments.begin(), arguments.end()); // as the parser wants them
-        application.parse(std::move(arguments));
-        for (const auto& [declared, command] : commands) {
+        m_application.parse(std::move(arguments));
+        for (const auto& [declared, command] : m_commands) {
             if (declared->parsed()) {
                 return command->run(console);
             }
         }
     } catch (const CLI::ParseError& reason) {
-        return answerInstead(application, reason, console);
+        return answerInstead(m_application, reason, console);
     }
     return ExitStatus::unusable;
+}
+
+ExitStatus runCommandLine(std::vector<std::string> arguments, Console& console) {
+    return CommandLine().run(std::move(arguments), console);
 }
 
 } // namespace quelt::host

@@ -10,12 +10,6 @@ namespace quelt::host {
 
 namespace {
 
-constexpr const char* s_footer =
-    R"(A record {"id": ..., "compiled": ...} becomes {"id": ..., "binary": ...}, where the binary stands in base64.
-
-Exit status: 0 every record compiled; 1 some were malformed, or not all answers could be written; 2 the
-command line could not be used, and nothing was compiled.)";
-
 class RecordCompiler : public LineConverter {
 private:
     void convertRecord(simdjson::dom::element root, Counts& counts) override {
@@ -40,8 +34,19 @@ CLI::App& CompileCommand::declare(CLI::App& application) {
         application.add_subcommand("compile", "Turn effectivities that are spelt out into compiled binaries");
     declareStreams(*command);
     declareJobs(*command);
-    command->footer(s_footer);
     return *command;
+}
+
+std::vector<HelpSection> CompileCommand::helpSections() const {
+    return {{.title = "Records",
+             .text = {},
+             .entries = {{R"({"id": ..., "compiled": ...})",
+                          R"(becomes {"id": ..., "binary": "..."}, with the binary in base64)"}}},
+            exitStatusSection(),
+            {.title = examplesTitle,
+             .text = {},
+             .entries = {{"quelt-migrate compile changes.ndjson -o binaries.ndjson",
+                          "compiles changes that are spelt out"}}}};
 }
 
 MakeLineConverter CompileCommand::prepare() {

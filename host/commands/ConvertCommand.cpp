@@ -8,10 +8,6 @@ namespace quelt::host {
 
 namespace {
 
-constexpr const char* s_footer =
-    R"(Exit status: 0 every record converted; 1 some failed or were malformed, or not all answers could be
-written; 2 the command line or the context could not be used, and nothing was converted.)";
-
 std::string readContextFile(const std::string& path) {
     try {
         std::string text = readAll(*openSource(path));
@@ -53,7 +49,6 @@ CLI::App& ConvertCommand::declare(CLI::App& application) {
                       "Show in each answer the expression as conversion left it");
     command->add_flag("--trace", m_options.withTrace, "Show in each answer how the conversion went");
     declareJobs(*command);
-    command->footer(s_footer);
     return *command;
 }
 
@@ -61,6 +56,23 @@ void ConvertCommand::refuseOverwritingMore(const std::optional<FileIdentity>& an
     if (isSameFile(answers, fileAt(m_contextPath))) {
         throw Unusable("the answers would overwrite the context");
     }
+}
+
+std::vector<HelpSection> ConvertCommand::helpSections() const {
+    return {{.title = "Records",
+             .text = {},
+             .entries = {{R"({"id": ..., "list": [...]})", "a specification list"},
+                         {R"({"id": ..., "tree": ...})", R"(a tree; a change with "change": true)"},
+                         {R"({"id": ..., "compiled": ...})", "a compiled change that is spelt out"},
+                         {R"({"id": ..., "binary": "..."})", "a compiled change as bytes, in base64"}}},
+            exitStatusSection(),
+            {.title = examplesTitle,
+             .text = {},
+             .entries = {
+                 {"quelt-migrate convert --context context.json records.ndjson -o answers.ndjson",
+                  "converts a file of records into a file of answers"},
+                 {"zcat records.gz | quelt-migrate convert --context context.json -j 0 | gzip > answers.gz",
+                  "converts a compressed stream on all processors"}}}};
 }
 
 MakeLineConverter ConvertCommand::prepare() {

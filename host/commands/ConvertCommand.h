@@ -12,6 +12,7 @@ namespace quelt::host {
 class ConvertCommand : public RecordsCommand {
 public:
     CLI::App& declare(CLI::App& application) override;
+    [[nodiscard]] std::vector<HelpSection> helpSections() const override;
 
 protected:
     void refuseOverwritingMore(const std::optional<FileIdentity>& answers) const override;

@@ -10,14 +10,6 @@ namespace quelt::host {
 
 namespace {
 
-constexpr const char* s_footer =
-    R"(A record {"id": ..., "binary": ...}, with the binary in base64, becomes {"id": ..., "compiled": ...}, whatever the
-binary holds, as long as its names are UTF-8; whether it can be read back into changes is for convert to say.
-Compiling the answers gives the same binaries again.
-
-Exit status: 0 every record decompiled; 1 some were malformed, or not all answers could be written; 2 the
-command line could not be used, and nothing was decompiled.)";
-
 class RecordDecompiler : public LineConverter {
 private:
     void convertRecord(simdjson::dom::element root, Counts& counts) override {
@@ -45,8 +37,22 @@ CLI::App& DecompileCommand::declare(CLI::App& application) {
     CLI::App* const command = application.add_subcommand("decompile", "Spell compiled binaries out");
     declareStreams(*command);
     declareJobs(*command);
-    command->footer(s_footer);
     return *command;
+}
+
+std::vector<HelpSection> DecompileCommand::helpSections() const {
+    return {{.title = "Records",
+             .text = {},
+             .entries =
+                 {{R"({"id": ..., "binary": "..."})",
+                   R"(with the binary in base64, becomes {"id": ..., "compiled": ...}, whatever the binary )"
+                   "holds, as long as its names are UTF-8; whether it can be read back into changes is for "
+                   "convert to say"}}},
+            exitStatusSection(),
+            {.title = examplesTitle,
+             .text = {},
+             .entries = {{"quelt-migrate decompile binaries.ndjson | quelt-migrate compile",
+                          "gives the same binaries again"}}}};
 }
 
 MakeLineConverter DecompileCommand::prepare() {

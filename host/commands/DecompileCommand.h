@@ -8,6 +8,7 @@ namespace quelt::host {
 class DecompileCommand : public RecordsCommand {
 public:
     CLI::App& declare(CLI::App& application) override;
+    [[nodiscard]] std::vector<HelpSection> helpSections() const override;
 
 protected:
     [[nodiscard]] MakeLineConverter prepare() override;

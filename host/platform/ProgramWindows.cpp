@@ -28,6 +28,8 @@ ProgramScope::ProgramScope() {
     for (const int descriptor : {0, 1, 2}) {
         static_cast<void>(::_setmode(descriptor, _O_BINARY));
     }
+    // Unbuffered, messages would come to the console byte by byte, and their letters beyond ASCII in pieces.
+    static_cast<void>(std::setvbuf(stderr, nullptr, _IOFBF, BUFSIZ));
     m_outputPage = ::GetConsoleOutputCP();
     if (m_outputPage != 0) {
         ::SetConsoleOutputCP(CP_UTF8);

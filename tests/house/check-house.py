@@ -14,7 +14,7 @@ import sys
 
 CORE_LAYERS = ["infrastructure", "dictionary", "effectivity", "expression", "compiled"]
 MODULE = "QueltDataMigration.m"
-HOST_FOLDERS = ["interchange", "commands", "store"]
+HOST_FOLDERS = ["interchange", "commands", "documentation", "store"]
 
 # A source whose header declares forward what stands above it, because the class owns such an object.
 OWNS_FROM_ABOVE = {"core/effectivity/QueltEeEffectivity.cpp": "expression"}

@@ -56,9 +56,9 @@ TEST_F(CommandLineTest, helpAndVersion) {
     EXPECT_THAT(output.text(), HasSubstr("--branch"));
     EXPECT_THAT(output.text(), HasSubstr("Exit status"));
     EXPECT_EQ(run({"compile", "--help"}), 0);
-    EXPECT_THAT(output.text(), HasSubstr("0 every record compiled"));
+    EXPECT_THAT(output.text(), HasSubstr("0  every record was converted, compiled or decompiled"));
     EXPECT_EQ(run({"decompile", "--help"}), 0);
-    EXPECT_THAT(output.text(), HasSubstr("0 every record decompiled"));
+    EXPECT_THAT(output.text(), HasSubstr("becomes {\"id\": ..., \"compiled\": ...}"));
     EXPECT_EQ(messages.str(), "");
 }
 
