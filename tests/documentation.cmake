@@ -1,5 +1,9 @@
 # The documentation: that of the libraries, and manual page and completions of quelt-migrate.
 
+if(CMAKE_CROSSCOMPILING)
+    return() # what is written for readers does not depend on the platform
+endif()
+
 if(TARGET QueltDataMigration)
     # The program that the main page of the API documentation shows.
     add_executable(quelt-api-example "${PROJECT_SOURCE_DIR}/docs/api/convert-one.cpp")

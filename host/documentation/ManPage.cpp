@@ -66,16 +66,16 @@ public:
         writeSynopsis();
         heading("DESCRIPTION");
         line(escape(m_application.meaning + "."));
-        paragraph("What is done is said by a command. Each reads records, one JSON object a line, and "
-                  "answers each with one "
-                  "line, in the same order.");
+        paragraph("The first argument says what is done. Each command reads records, one JSON object a line, "
+                  "and answers "
+                  "each with one line, in the same order.");
         heading("COMMANDS");
         for (const CommandDescription& command : m_description.commands) {
             writeCommand(command);
         }
         heading("OPTIONS");
         writeOptions(m_application);
-        paragraph("Behind a command, the help is that of the command.");
+        paragraph("Behind a command, --help describes that command.");
         for (const HelpSection& section : m_application.sections) {
             heading(inCapitals(section.title));
             writeSection(section);
