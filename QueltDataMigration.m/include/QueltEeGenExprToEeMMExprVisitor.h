@@ -3,9 +3,7 @@
 #include "QueltDataMigrationExport.h"
 
 #include "expression/QueltEeNodeVisitor.h"
-#include "infrastructure/QueltInLinkList.h"
 #include "infrastructure/QueltInList.h"
-#include "infrastructure/QueltInSmallVector.h"
 
 #include <memory>
 
@@ -13,22 +11,15 @@ namespace quelt {
 class Belongings;
 }
 
-class QueltEVCClassification;
 class QueltEeBasicEff;
 class QueltEeChangeExpression;
 class QueltEeEffectivityExpression;
 class QueltEeExpressionContext;
 class QueltEeExpressionOperation;
-class QueltEeGetApplyingMDsVisitor;
 class QueltEeGroupOp;
 class QueltEeModelDico;
-class QueltEeMultiModelExpression;
 class QueltEeNode;
 class QueltEeNodeRef;
-class QueltEeOperator;
-class QueltEePredefEff;
-class QueltEeSerialEff;
-class QueltEeVarEff;
 class QueltInMap;
 class QueltInSet;
 
@@ -96,90 +87,12 @@ public:
     long generateMapDomainIDToEeExpr(QueltInMap*& outputMap);
 
 private:
-    /// Children of an AND with their places in it.
-    using TakenChildren = QueltInSmallVector<QueltInLinkList::Placed, 2>;
-    /// What a failure to file a copy under a dictionary is called.
-    struct FilingErrors {
-        const char* unexpected; ///< what should be a dictionary is none, or the copy is empty
-        const char* noCopy;
-    };
+    class Steps; // what the visits and the analyses are made of
 
-    template <class Constant>
-    long convertConstant(Constant& node, const char* method);
-
-    // What AND, OR and NOT share.
-    long classify(QueltEeOperator& node, QueltEVCClassification& classification) const;
-    template <class ConvertChange>
-    long convertWithoutHistory(QueltEeNode& node, const QueltEVCClassification& classification,
-                               const ConvertChange& convertChange);
-    long takeEvolutionVariant(QueltEeNode& node);
-    long analyzeEvolutionVariant(QueltEeNode& node, QueltEeGroupOp* joined = nullptr);
-    long refuseChangeInChange();
-    long analyzeStackOfChanges(QueltEeGroupOp& group);
-    long convertNegatedChange(QueltEeNotOp& node);
-    long fileHistoryAtRoot();
-    QueltEeEffectivityExpression& history();
-    QueltEeEffectivityExpression& evolutionVariant();
-    QueltEeMultiModelExpression& makeTarget();
-
-    // AND with inherited effectivities.
-    long convertWithInherited(QueltEeAndOp& node);
-    long expandInherited(QueltEeAndOp& node, TakenChildren& inherited);
-    static long takeOut(QueltEeAndOp& node, const TakenChildren& taken);
-    static void putBack(QueltEeAndOp& node, const TakenChildren& taken);
-
-    // AND, OR and NOT with dates.
-    long convertHistory(QueltEeAndOp& node);
-    long convertHistory(QueltEeOrOp& node);
-    long convertHistory(QueltEeNotOp& node);
-    long enterHistory(bool& wasAtRoot);
-    static long findHistoryChild(QueltInObject* element, QueltEeNode*& child);
-    long takeHistoryChild(QueltEeNode& child);
-    template <class Group, class Join>
-    long collectHistory(Group& node, const Join& join);
-    void joinForAnd(QueltEeNodeRef* previousEV, QueltEeGroupOp*& created);
-    void joinForOr(QueltEeNodeRef* previousEV);
-    long fileHistoryWithEvolutionVariant();
-    long fileDatesAtRoot();
-
-    // Changes.
-    long analyzeToFindOutOperationsStack(QueltEeGroupOp& group);
-    long accumulate(QueltEeNodeRef*& accumulated, bool& isGroupCreated, QueltEeGroupOp& group);
-    long fileCurrentOperation(bool isAlternative);
-
-    // Evolution/variant parts, and the criteria of single leaves.
     long analyzePureEVPart(QueltEeNode& node, unsigned char clone);
-    long findApplyingDictionaries(QueltEeNode& node, QueltEeGetApplyingMDsVisitor& finder,
-                                  QueltInSet*& related, QueltInSet*& notRelated) const;
-    long fileUnderEach(const QueltInSet& dictionaries, QueltEeNode& node, unsigned char clone,
-                       const FilingErrors& errors);
-    long fileCriterion(const QueltEeModelDico& dictionary, QueltEeNodeRef* own, const char* emptyOwn);
-
-    // Inherited effectivities.
-    long convertBasicEff(QueltEeBasicEff& effectivity);
-    long fileInherited(const QueltEeBasicEff& effectivity, const QueltEeNode* constant);
-    long findInheritingDictionaries(const QueltEeBasicEff& effectivity,
-                                    const QueltInMap*& dictionaries) const;
+    long analyzeToFindOutOperationsStack(QueltEeGroupOp& group);
     long exploreNodeRefToFindAllBasicEffs(QueltEeNode& node);
-    long listBasicEff(QueltEeEffLeaf& leaf, const char* wrongTarget);
     long generateInheritedNodeRefForDico(const QueltEeModelDico& dico, QueltEeNodeRef*& result);
-    long addInheritedLeaves(QueltEeBasicEff& effectivity, const QueltEeModelDico& dico,
-                            QueltEeOrOp& leaves) const;
-
-    // Leaves with variable effectivities.
-    long convertChange(QueltEePredefEff& effectivity);
-    long collect(QueltEeVarEffLeaf& leaf);
-    template <class Variable>
-    static long findVariable(const QueltEeVarEff& effectivity, const Variable*& variable);
-    template <class Variable>
-    static long findSeries(const QueltEeVarEff& effectivity, const Variable*& variable,
-                           const QueltEeModelDico*& holder);
-    template <class Variable>
-    long convertFeature(QueltEeVarEffLeaf& leaf, const QueltEeVarEff& effectivity);
-    long convertSerial(QueltEeVarEffLeaf& leaf, QueltEeSerialEff& effectivity);
-    long convertTreeSeries(QueltEeVarEffLeaf& leaf, const QueltEeVarEff& effectivity);
-    long fileUnderHolder(const QueltEeModelDico& holder, QueltEeVarEffLeaf& leaf);
-    long convertDate(QueltEeVarEffLeaf& leaf);
 
     unsigned char m_isChange;
     unsigned char m_atRoot = 1;

@@ -17,6 +17,7 @@ using OperationKind = QueltEeExpressionOperation::OperationKind;
 long QueltEeGenExprToEeMMExprVisitor::analyzeToFindOutOperationsStack(QueltEeGroupOp& group) {
     const quelt::MethodTrace scope(s_trace, "analyzeToFindOutOperationsStack");
     m_atRoot = 0; // and stays so
+    Steps steps(*this);
     QueltEeNodeRef* accumulated = nullptr;
     bool isGroupCreated = false; // never reset, like the next one
     bool isAnalysed = false;
@@ -30,7 +31,7 @@ long QueltEeGenExprToEeMMExprVisitor::analyzeToFindOutOperationsStack(QueltEeGro
         if (result < 0) {
             return s_trace.fail("ERROR : acceptVisitor FAILED.", result);
         }
-        result = accumulate(accumulated, isGroupCreated, group);
+        result = steps.accumulate(accumulated, isGroupCreated, group);
         if (result < 0) {
             return result;
         }
@@ -47,7 +48,7 @@ long QueltEeGenExprToEeMMExprVisitor::analyzeToFindOutOperationsStack(QueltEeGro
             }
             accumulated = nullptr;
         }
-        result = fileCurrentOperation(!group.isAnd());
+        result = steps.fileCurrentOperation(!group.isAnd());
         if (result < 0) {
             return result;
         }
@@ -63,23 +64,23 @@ long QueltEeGenExprToEeMMExprVisitor::analyzeToFindOutOperationsStack(QueltEeGro
     return S_OK;
 }
 
-long QueltEeGenExprToEeMMExprVisitor::accumulate(QueltEeNodeRef*& accumulated, bool& isGroupCreated,
-                                                 QueltEeGroupOp& group) {
-    QueltEeNodeRef* const produced = m_p_EV_ChildNodeRef;
+long QueltEeGenExprToEeMMExprVisitor::Steps::accumulate(QueltEeNodeRef*& accumulated, bool& isGroupCreated,
+                                                        QueltEeGroupOp& group) {
+    QueltEeNodeRef* const produced = m_visitor.m_p_EV_ChildNodeRef;
     if (produced == nullptr) {
         return S_OK;
     }
     if (accumulated == nullptr) {
         accumulated = produced;
-        m_p_EV_ChildNodeRef = nullptr;
+        m_visitor.m_p_EV_ChildNodeRef = nullptr;
         return S_OK;
     }
     if (!isGroupCreated) {
         if (QueltEeAndOp::isObjectOfThisType(group) == 0 && QueltEeOrOp::isObjectOfThisType(group) == 0) {
             return s_trace.fail("ERROR : Cannot cast this group op into a known op");
         }
-        QueltEeGroupOp& joined = m_pBelongings->makeGroup(group.isAnd());
-        m_pBelongings->join(joined, *accumulated->getNode());
+        QueltEeGroupOp& joined = m_visitor.m_pBelongings->makeGroup(group.isAnd());
+        m_visitor.m_pBelongings->join(joined, *accumulated->getNode());
         accumulated = joined.getNodeRef();
         isGroupCreated = true;
     }
@@ -87,48 +88,49 @@ long QueltEeGenExprToEeMMExprVisitor::accumulate(QueltEeNodeRef*& accumulated, b
     if (joined == nullptr) {
         return s_trace.fail("ERROR : unexpected");
     }
-    QueltEeGroupOp& extensible = m_pBelongings->makeExtensible(*joined);
-    m_pBelongings->join(extensible, *produced->getNode());
+    QueltEeGroupOp& extensible = m_visitor.m_pBelongings->makeExtensible(*joined);
+    m_visitor.m_pBelongings->join(extensible, *produced->getNode());
     accumulated = extensible.getNodeRef();
-    m_p_EV_ChildNodeRef = nullptr;
+    m_visitor.m_p_EV_ChildNodeRef = nullptr;
     return S_OK;
 }
 
-long QueltEeGenExprToEeMMExprVisitor::fileCurrentOperation(bool isAlternative) {
+long QueltEeGenExprToEeMMExprVisitor::Steps::fileCurrentOperation(bool isAlternative) {
     if (isAlternative) {
-        m_pCurrentOperation->m_kind = OperationKind::applyAlternative;
+        m_visitor.m_pCurrentOperation->m_kind = OperationKind::applyAlternative;
     }
-    QueltInObject* object = m_pCurrentOperation->getObject();
+    QueltInObject* object = m_visitor.m_pCurrentOperation->getObject();
     QueltEeEffectivityExpression& target = s_isRenumbering ? history() : evolutionVariant();
-    const long result = target.addOperation(m_pCurrentOperation->m_kind, object);
+    const long result = target.addOperation(m_visitor.m_pCurrentOperation->m_kind, object);
     if (result < 0) {
         return s_trace.fail("ERROR : addOperation FAILED.", result);
     }
-    m_pBelongings->destroy(m_pCurrentOperation);
-    m_pCurrentOperation = nullptr;
+    m_visitor.m_pBelongings->destroy(m_visitor.m_pCurrentOperation);
+    m_visitor.m_pCurrentOperation = nullptr;
     return result;
 }
 
 long QueltEeGenExprToEeMMExprVisitor::analyzePureEVPart(QueltEeNode& node, unsigned char clone) {
     const quelt::MethodTrace scope(s_trace, "analyzePureEVPart");
+    Steps steps(*this);
     QueltEeGetApplyingMDsVisitor finder(m_pContext, m_pBasicEff);
     QueltInSet* related = nullptr;
     QueltInSet* notRelated = nullptr;
-    long result = findApplyingDictionaries(node, finder, related, notRelated);
+    long result = steps.findApplyingDictionaries(node, finder, related, notRelated);
     if (result >= 0) {
-        result = fileUnderEach(*related, node, clone,
-                               {.unexpected = "ERROR, unexpected", .noCopy = "ERROR, unexpected"});
+        result = steps.fileUnderEach(*related, node, clone,
+                                     {.unexpected = "ERROR, unexpected", .noCopy = "ERROR, unexpected"});
     }
     delete related;
     delete notRelated;
     return result;
 }
 
-long QueltEeGenExprToEeMMExprVisitor::findApplyingDictionaries(QueltEeNode& node,
-                                                               QueltEeGetApplyingMDsVisitor& finder,
-                                                               QueltInSet*& related,
-                                                               QueltInSet*& notRelated) const {
-    if (m_inEVPart == 0) {
+long QueltEeGenExprToEeMMExprVisitor::Steps::findApplyingDictionaries(QueltEeNode& node,
+                                                                      QueltEeGetApplyingMDsVisitor& finder,
+                                                                      QueltInSet*& related,
+                                                                      QueltInSet*& notRelated) const {
+    if (m_visitor.m_inEVPart == 0) {
         return s_trace.fail("ERROR : this function should be called only in EV Part");
     }
     long result = node.acceptVisitor(finder);
@@ -151,8 +153,8 @@ long QueltEeGenExprToEeMMExprVisitor::findApplyingDictionaries(QueltEeNode& node
     return related->IsEmpty() != 0 ? s_trace.fail("ERROR : No common MD Found ?") : result;
 }
 
-long QueltEeGenExprToEeMMExprVisitor::fileUnderEach(const QueltInSet& dictionaries, QueltEeNode& node,
-                                                    unsigned char clone, const FilingErrors& errors) {
+long QueltEeGenExprToEeMMExprVisitor::Steps::fileUnderEach(const QueltInSet& dictionaries, QueltEeNode& node,
+                                                           unsigned char clone, const FilingErrors& errors) {
     makeTarget();
     long result = S_OK;
     auto elements = dictionaries.cBegin();
@@ -161,7 +163,8 @@ long QueltEeGenExprToEeMMExprVisitor::fileUnderEach(const QueltInSet& dictionari
         if (dictionary == nullptr) {
             return s_trace.fail(errors.unexpected);
         }
-        QueltEeNodeRef* const own = clone != 0 ? m_pBelongings->keep(node.clone()) : node.getNodeRef();
+        QueltEeNodeRef* const own =
+            clone != 0 ? m_visitor.m_pBelongings->keep(node.clone()) : node.getNodeRef();
         if (own == nullptr) {
             return s_trace.fail(errors.noCopy);
         }
@@ -173,40 +176,40 @@ long QueltEeGenExprToEeMMExprVisitor::fileUnderEach(const QueltInSet& dictionari
     return result;
 }
 
-QueltEeMultiModelExpression& QueltEeGenExprToEeMMExprVisitor::makeTarget() {
-    if (m_isChange == 0) {
+QueltEeMultiModelExpression& QueltEeGenExprToEeMMExprVisitor::Steps::makeTarget() {
+    if (m_visitor.m_isChange == 0) {
         return evolutionVariant();
     }
-    if (m_pChangeExpression == nullptr) {
-        m_pChangeExpression = new QueltEeChangeExpression;
+    if (m_visitor.m_pChangeExpression == nullptr) {
+        m_visitor.m_pChangeExpression = new QueltEeChangeExpression;
     }
-    return *m_pChangeExpression;
+    return *m_visitor.m_pChangeExpression;
 }
 
-long QueltEeGenExprToEeMMExprVisitor::fileCriterion(const QueltEeModelDico& dictionary, QueltEeNodeRef* own,
-                                                    const char* emptyOwn) {
+long QueltEeGenExprToEeMMExprVisitor::Steps::fileCriterion(const QueltEeModelDico& dictionary,
+                                                           QueltEeNodeRef* own, const char* emptyOwn) {
     if (isEmpty(own)) {
         return s_trace.fail(emptyOwn);
     }
     QueltEeNodeRef* inherited = nullptr;
-    if (m_isChange != 0) {
-        if (m_listOfBasicEffs.IsEmpty() == 0) {
+    if (m_visitor.m_isChange != 0) {
+        if (m_visitor.m_listOfBasicEffs.IsEmpty() == 0) {
             return s_trace.fail("ERROR : Change Expression is not supposed to have inherited effectivities");
         }
     } else {
-        const long result = generateInheritedNodeRefForDico(dictionary, inherited);
+        const long result = m_visitor.generateInheritedNodeRefForDico(dictionary, inherited);
         if (result < 0) {
             return s_trace.fail("ERROR : generateInheritedNodeRefForDico Failed", result);
         }
     }
-    m_pBelongings->handOver(own);
+    m_visitor.m_pBelongings->handOver(own);
     // Kept until it is filed: where a second visit's result is not heeded, what was refused must not be lost.
     auto* const criteria =
-        m_pBelongings->keep(new QueltEeMultiModelExpression::ModelCriteria(&inherited, &own));
+        m_visitor.m_pBelongings->keep(new QueltEeMultiModelExpression::ModelCriteria(&inherited, &own));
     const long result = makeTarget().setModelCriteria(dictionary, criteria);
     if (result < 0) {
         return s_trace.fail("ERROR : setModelCriteria failed", result);
     }
-    m_pBelongings->handOver(criteria);
+    m_visitor.m_pBelongings->handOver(criteria);
     return result;
 }

@@ -31,9 +31,10 @@ const QueltEeNode* findTrueContent(const QueltEeBasicEff& effectivity) {
 
 long QueltEeGenExprToEeMMExprVisitor::visitEffLeaf(QueltEeEffLeaf& leaf) {
     const quelt::MethodTrace scope(s_trace, "visitEffLeaf");
+    Steps steps(*this);
     QueltEeEffectivity* const target = leaf.getTargetEff();
     if (QueltEePredefEff* const change = QueltEePredefEff::cast(target)) {
-        return convertChange(*change);
+        return steps.convertChange(*change);
     }
     QueltEeBasicEff* const basicEff = QueltEeBasicEff::cast(target);
     if (basicEff == nullptr) {
@@ -45,32 +46,32 @@ long QueltEeGenExprToEeMMExprVisitor::visitEffLeaf(QueltEeEffLeaf& leaf) {
             "ERROR : with hypothesis for this algorithm, and current implementation, it is unexpected "
             "to arrive here. Unless this effectivity only has an inherited part...");
     }
-    return convertBasicEff(*basicEff);
+    return steps.convertBasicEff(*basicEff);
 }
 
-long QueltEeGenExprToEeMMExprVisitor::convertChange(QueltEePredefEff& effectivity) {
-    if (m_atRoot != 0) {
+long QueltEeGenExprToEeMMExprVisitor::Steps::convertChange(QueltEePredefEff& effectivity) {
+    if (m_visitor.m_atRoot != 0) {
         QueltInObject* object = &effectivity;
         // Whatever the expression answers, the visit has succeeded.
         static_cast<void>(
             (s_isRenumbering ? history() : evolutionVariant()).addOperation(OperationKind::apply, object));
         return S_OK;
     }
-    m_pCurrentOperation =
-        m_pBelongings->keep(new QueltEeExpressionOperation(OperationKind::apply, &effectivity));
+    m_visitor.m_pCurrentOperation =
+        m_visitor.m_pBelongings->keep(new QueltEeExpressionOperation(OperationKind::apply, &effectivity));
     return S_OK;
 }
 
-long QueltEeGenExprToEeMMExprVisitor::convertBasicEff(QueltEeBasicEff& effectivity) {
+long QueltEeGenExprToEeMMExprVisitor::Steps::convertBasicEff(QueltEeBasicEff& effectivity) {
     const QueltEeNode* const constant = findTrueContent(effectivity);
     if (constant == nullptr) {
-        m_listOfBasicEffs.PutBack(effectivity);
+        m_visitor.m_listOfBasicEffs.PutBack(effectivity);
     }
     return fileInherited(effectivity, constant);
 }
 
-long QueltEeGenExprToEeMMExprVisitor::fileInherited(const QueltEeBasicEff& effectivity,
-                                                    const QueltEeNode* constant) {
+long QueltEeGenExprToEeMMExprVisitor::Steps::fileInherited(const QueltEeBasicEff& effectivity,
+                                                           const QueltEeNode* constant) {
     QueltEeEffectivityExpression& expression = evolutionVariant();
     const QueltInMap* dictionaries = nullptr;
     long result = findInheritingDictionaries(effectivity, dictionaries);
@@ -93,7 +94,7 @@ long QueltEeGenExprToEeMMExprVisitor::fileInherited(const QueltEeBasicEff& effec
                 return s_trace.fail("ERROR : unexpected");
             }
         } else {
-            result = generateInheritedNodeRefForDico(*dictionary, inherited);
+            result = m_visitor.generateInheritedNodeRefForDico(*dictionary, inherited);
             if (result < 0) {
                 return s_trace.fail("ERROR : generateInheritedNodeRefForDico Failed", result);
             }
@@ -107,9 +108,10 @@ long QueltEeGenExprToEeMMExprVisitor::fileInherited(const QueltEeBasicEff& effec
     return S_OK;
 }
 
-long QueltEeGenExprToEeMMExprVisitor::findInheritingDictionaries(const QueltEeBasicEff& effectivity,
-                                                                 const QueltInMap*& dictionaries) const {
-    const long result = m_pContext->GetAllDictionariesForInheritedEffectivity(effectivity, dictionaries);
+long QueltEeGenExprToEeMMExprVisitor::Steps::findInheritingDictionaries(
+    const QueltEeBasicEff& effectivity, const QueltInMap*& dictionaries) const {
+    const long result =
+        m_visitor.m_pContext->GetAllDictionariesForInheritedEffectivity(effectivity, dictionaries);
     if (result < 0) {
         return s_trace.fail("ERROR : GetAllDictionariesForInheritedEffectivity failed", result);
     }
@@ -118,8 +120,9 @@ long QueltEeGenExprToEeMMExprVisitor::findInheritingDictionaries(const QueltEeBa
 
 long QueltEeGenExprToEeMMExprVisitor::exploreNodeRefToFindAllBasicEffs(QueltEeNode& node) {
     const quelt::MethodTrace scope(s_trace, "exploreNodeRefToFindAllBasicEffs");
+    Steps steps(*this);
     if (QueltEeEffLeaf* const leaf = QueltEeEffLeaf::cast(node)) {
-        return listBasicEff(*leaf, "ERROR : unexpected type instead of expected BasicEff.");
+        return steps.listBasicEff(*leaf, "ERROR : unexpected type instead of expected BasicEff.");
     }
     QueltEeOrOp* const alternatives = QueltEeOrOp::cast(node);
     if (alternatives == nullptr) {
@@ -136,7 +139,7 @@ long QueltEeGenExprToEeMMExprVisitor::exploreNodeRefToFindAllBasicEffs(QueltEeNo
                 "ERROR : unexpected cast result. What we believe to know of the structure might be wrong.");
         }
         const long result =
-            listBasicEff(*leaf, "ERROR : unexpected cast result, got sthg other than basic eff");
+            steps.listBasicEff(*leaf, "ERROR : unexpected cast result, got sthg other than basic eff");
         if (result < 0) {
             return result;
         }
@@ -144,14 +147,14 @@ long QueltEeGenExprToEeMMExprVisitor::exploreNodeRefToFindAllBasicEffs(QueltEeNo
     return S_OK;
 }
 
-long QueltEeGenExprToEeMMExprVisitor::listBasicEff(QueltEeEffLeaf& leaf, const char* wrongTarget) {
+long QueltEeGenExprToEeMMExprVisitor::Steps::listBasicEff(QueltEeEffLeaf& leaf, const char* wrongTarget) {
     QueltEeBasicEff* const effectivity = QueltEeBasicEff::cast(leaf.getTargetEff());
     if (effectivity == nullptr) {
         return s_trace.fail(wrongTarget);
     }
     // TRUE adds nothing to a conjunction.
     if (findTrueContent(*effectivity) == nullptr) {
-        m_listOfBasicEffs.PutBack(*effectivity);
+        m_visitor.m_listOfBasicEffs.PutBack(*effectivity);
     }
     return S_OK;
 }
@@ -171,7 +174,7 @@ long QueltEeGenExprToEeMMExprVisitor::generateInheritedNodeRefForDico(const Quel
         if (element == nullptr) { // asks for the element, not for what it was cast to, so that it never fires
             return s_trace.fail("ERROR : cast failed unexpectedly");
         }
-        const long added = addInheritedLeaves(*effectivity, dico, *leaves);
+        const long added = Steps(*this).addInheritedLeaves(*effectivity, dico, *leaves);
         if (added < 0) {
             return added;
         }
@@ -190,9 +193,9 @@ long QueltEeGenExprToEeMMExprVisitor::generateInheritedNodeRefForDico(const Quel
     return S_OK;
 }
 
-long QueltEeGenExprToEeMMExprVisitor::addInheritedLeaves(QueltEeBasicEff& effectivity,
-                                                         const QueltEeModelDico& dico,
-                                                         QueltEeOrOp& leaves) const {
+long QueltEeGenExprToEeMMExprVisitor::Steps::addInheritedLeaves(QueltEeBasicEff& effectivity,
+                                                                const QueltEeModelDico& dico,
+                                                                QueltEeOrOp& leaves) const {
     const QueltInMap* dictionaries = nullptr;
     const long result = findInheritingDictionaries(effectivity, dictionaries);
     if (result < 0) {

@@ -36,49 +36,52 @@ long QueltEeGenExprToEeMMExprVisitor::visitVarEffLeaf(QueltEeVarEffLeaf& leaf) {
     if (effectivity == nullptr) {
         return s_trace.fail("ERROR : unexpected.");
     }
+    Steps steps(*this);
     if (QueltEeOptionEff::isObjectOfThisType(*effectivity) != 0) {
         s_trace.inform("QueltEeOptionEff");
-        return m_atRoot == 0 ? collect(leaf) : convertFeature<QueltEeCatOptionVar>(leaf, *effectivity);
+        return m_atRoot == 0 ? steps.collect(leaf)
+                             : steps.convertFeature<QueltEeCatOptionVar>(leaf, *effectivity);
     }
     if (QueltEeSelectionEff::isObjectOfThisType(*effectivity) != 0) {
         s_trace.inform("QueltEeSelectionEff");
-        return m_atRoot == 0 ? collect(leaf) : convertFeature<QueltEeSelectionVar>(leaf, *effectivity);
+        return m_atRoot == 0 ? steps.collect(leaf)
+                             : steps.convertFeature<QueltEeSelectionVar>(leaf, *effectivity);
     }
     if (QueltEeSerialEff* const serial = QueltEeSerialEff::cast(effectivity)) {
         s_trace.inform("QueltEeSerialEff");
-        return m_atRoot == 0 ? collect(leaf) : convertSerial(leaf, *serial);
+        return m_atRoot == 0 ? steps.collect(leaf) : steps.convertSerial(leaf, *serial);
     }
     if (QueltEeTreeSeriesEff::isObjectOfThisType(*effectivity) != 0) {
         s_trace.inform("QueltEeTreeSeriesEff");
-        return m_atRoot == 0 ? collect(leaf) : convertTreeSeries(leaf, *effectivity);
+        return m_atRoot == 0 ? steps.collect(leaf) : steps.convertTreeSeries(leaf, *effectivity);
     }
     if (QueltEeDateEff::isObjectOfThisType(*effectivity) != 0) {
         s_trace.inform("QueltEeDateEff");
-        return convertDate(leaf);
+        return steps.convertDate(leaf);
     }
     return s_trace.fail("ERROR :unexpected");
 }
 
-long QueltEeGenExprToEeMMExprVisitor::collect(QueltEeVarEffLeaf& leaf) {
-    if (m_p_EV_ChildNodeRef == nullptr) {
-        m_p_EV_ChildNodeRef = leaf.getNodeRef();
+long QueltEeGenExprToEeMMExprVisitor::Steps::collect(QueltEeVarEffLeaf& leaf) {
+    if (m_visitor.m_p_EV_ChildNodeRef == nullptr) {
+        m_visitor.m_p_EV_ChildNodeRef = leaf.getNodeRef();
         return S_OK;
     }
-    QueltEeGroupOp* const group = QueltEeGroupOp::cast(m_p_EV_ChildNodeRef->getNode());
+    QueltEeGroupOp* const group = QueltEeGroupOp::cast(m_visitor.m_p_EV_ChildNodeRef->getNode());
     if (group == nullptr) {
         return s_trace.fail(
             "ERROR : how am i supposed to know what i should do here ? Right, I'd better check how i am "
             "calling myself.");
     }
-    QueltEeGroupOp& extensible = m_pBelongings->makeExtensible(*group);
-    m_pBelongings->join(extensible, leaf);
-    m_p_EV_ChildNodeRef = extensible.getNodeRef();
+    QueltEeGroupOp& extensible = m_visitor.m_pBelongings->makeExtensible(*group);
+    m_visitor.m_pBelongings->join(extensible, leaf);
+    m_visitor.m_p_EV_ChildNodeRef = extensible.getNodeRef();
     return S_OK;
 }
 
 template <class Variable>
-long QueltEeGenExprToEeMMExprVisitor::findVariable(const QueltEeVarEff& effectivity,
-                                                   const Variable*& variable) {
+long QueltEeGenExprToEeMMExprVisitor::Steps::findVariable(const QueltEeVarEff& effectivity,
+                                                          const Variable*& variable) {
     const QueltEeDicoObject* const associated = effectivity.getVar();
     if (associated == nullptr) {
         return s_trace.fail("ERROR : that is soooo unlikely !");
@@ -88,8 +91,9 @@ long QueltEeGenExprToEeMMExprVisitor::findVariable(const QueltEeVarEff& effectiv
 }
 
 template <class Variable>
-long QueltEeGenExprToEeMMExprVisitor::findSeries(const QueltEeVarEff& effectivity, const Variable*& variable,
-                                                 const QueltEeModelDico*& holder) {
+long QueltEeGenExprToEeMMExprVisitor::Steps::findSeries(const QueltEeVarEff& effectivity,
+                                                        const Variable*& variable,
+                                                        const QueltEeModelDico*& holder) {
     const long result = findVariable(effectivity, variable);
     if (result < 0) {
         return result;
@@ -99,8 +103,8 @@ long QueltEeGenExprToEeMMExprVisitor::findSeries(const QueltEeVarEff& effectivit
 }
 
 template <class Variable>
-long QueltEeGenExprToEeMMExprVisitor::convertFeature(QueltEeVarEffLeaf& leaf,
-                                                     const QueltEeVarEff& effectivity) {
+long QueltEeGenExprToEeMMExprVisitor::Steps::convertFeature(QueltEeVarEffLeaf& leaf,
+                                                            const QueltEeVarEff& effectivity) {
     const Variable* variable = nullptr;
     long result = findVariable(effectivity, variable);
     if (result < 0) {
@@ -108,7 +112,8 @@ long QueltEeGenExprToEeMMExprVisitor::convertFeature(QueltEeVarEffLeaf& leaf,
     }
     QueltInSet* first = nullptr;
     QueltInSet* second = nullptr;
-    result = m_pContext->GetSetOfMDsContainingFeature(*variable, first, second, m_pBasicEff);
+    result =
+        m_visitor.m_pContext->GetSetOfMDsContainingFeature(*variable, first, second, m_visitor.m_pBasicEff);
     if (result < 0) {
         return s_trace.fail("ERROR : GetSetOfMDsContainingFeature Failed.", result);
     }
@@ -127,7 +132,8 @@ long QueltEeGenExprToEeMMExprVisitor::convertFeature(QueltEeVarEffLeaf& leaf,
     return result;
 }
 
-long QueltEeGenExprToEeMMExprVisitor::convertSerial(QueltEeVarEffLeaf& leaf, QueltEeSerialEff& effectivity) {
+long QueltEeGenExprToEeMMExprVisitor::Steps::convertSerial(QueltEeVarEffLeaf& leaf,
+                                                           QueltEeSerialEff& effectivity) {
     const QueltEeSerialVar* variable = nullptr;
     const QueltEeModelDico* holder = nullptr;
     long result = findSeries(effectivity, variable, holder);
@@ -143,25 +149,25 @@ long QueltEeGenExprToEeMMExprVisitor::convertSerial(QueltEeVarEffLeaf& leaf, Que
     return result < 0 ? result : fileUnderHolder(*holder, leaf);
 }
 
-long QueltEeGenExprToEeMMExprVisitor::convertTreeSeries(QueltEeVarEffLeaf& leaf,
-                                                        const QueltEeVarEff& effectivity) {
+long QueltEeGenExprToEeMMExprVisitor::Steps::convertTreeSeries(QueltEeVarEffLeaf& leaf,
+                                                               const QueltEeVarEff& effectivity) {
     const QueltEeTreeSeriesVar* variable = nullptr;
     const QueltEeModelDico* holder = nullptr;
     const long result = findSeries(effectivity, variable, holder);
     return result < 0 ? result : fileUnderHolder(*holder, leaf);
 }
 
-long QueltEeGenExprToEeMMExprVisitor::fileUnderHolder(const QueltEeModelDico& holder,
-                                                      QueltEeVarEffLeaf& leaf) {
+long QueltEeGenExprToEeMMExprVisitor::Steps::fileUnderHolder(const QueltEeModelDico& holder,
+                                                             QueltEeVarEffLeaf& leaf) {
     makeTarget();
-    return fileCriterion(holder, m_pBelongings->keep(leaf.clone()), s_unexpected);
+    return fileCriterion(holder, m_visitor.m_pBelongings->keep(leaf.clone()), s_unexpected);
 }
 
-long QueltEeGenExprToEeMMExprVisitor::convertDate(QueltEeVarEffLeaf& leaf) {
+long QueltEeGenExprToEeMMExprVisitor::Steps::convertDate(QueltEeVarEffLeaf& leaf) {
     // An earlier date that nobody has taken is overwritten; it stays among the belongings.
-    m_p_History_ChildNodeRef = m_pBelongings->keep(leaf.clone());
-    if (m_atRoot != 0) {
+    m_visitor.m_p_History_ChildNodeRef = m_visitor.m_pBelongings->keep(leaf.clone());
+    if (m_visitor.m_atRoot != 0) {
         return fileHistoryAtRoot();
     }
-    return isEmpty(m_p_History_ChildNodeRef) ? s_trace.fail(s_unexpected) : S_OK;
+    return isEmpty(m_visitor.m_p_History_ChildNodeRef) ? s_trace.fail(s_unexpected) : S_OK;
 }

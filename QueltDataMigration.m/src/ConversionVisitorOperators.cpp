@@ -31,21 +31,22 @@ bool isNothingButInherited(const QueltEVCClassification& classification) {
 long QueltEeGenExprToEeMMExprVisitor::visitAndOp(QueltEeAndOp& node) {
     const quelt::MethodTrace scope(s_trace, "visitAndOp");
     QueltEVCClassification classification(0);
-    const long result = classify(node, classification);
+    Steps steps(*this);
+    const long result = steps.classify(node, classification);
     if (result < 0) {
         return result;
     }
     if (isWithoutHistory(classification)) {
-        return convertWithoutHistory(node, classification, [&] {
+        return steps.convertWithoutHistory(node, classification, [&] {
             s_trace.inform("Stack of changes");
-            return analyzeStackOfChanges(node);
+            return steps.analyzeStackOfChanges(node);
         });
     }
     if (classification.isInheritedEff() != 0) {
-        return convertWithInherited(node);
+        return steps.convertWithInherited(node);
     }
     if (classification.isHistory() != 0) {
-        return convertHistory(node);
+        return steps.convertHistory(node);
     }
     return s_trace.fail("ERROR: classification is nothing ???");
 }
@@ -53,15 +54,17 @@ long QueltEeGenExprToEeMMExprVisitor::visitAndOp(QueltEeAndOp& node) {
 long QueltEeGenExprToEeMMExprVisitor::visitOrOp(QueltEeOrOp& node) {
     const quelt::MethodTrace scope(s_trace, "visitOrOp");
     QueltEVCClassification classification(0);
-    const long result = classify(node, classification);
+    Steps steps(*this);
+    const long result = steps.classify(node, classification);
     if (result < 0) {
         return result;
     }
     if (isWithoutHistory(classification)) {
-        return convertWithoutHistory(node, classification, [&] { return analyzeStackOfChanges(node); });
+        return steps.convertWithoutHistory(node, classification,
+                                           [&] { return steps.analyzeStackOfChanges(node); });
     }
     if (classification.isHistory() != 0) {
-        return convertHistory(node);
+        return steps.convertHistory(node);
     }
     return s_trace.fail(
         "ERROR : classification is nothing ??? InhEff part in or op ? We should not be there...");
@@ -73,50 +76,50 @@ long QueltEeGenExprToEeMMExprVisitor::visitNotOp(QueltEeNotOp& node) {
         s_trace.inform("CFG_DA_Migration_Optimization");
     }
     QueltEVCClassification classification(0);
-    const long result = classify(node, classification);
+    Steps steps(*this);
+    const long result = steps.classify(node, classification);
     if (result < 0) {
         return result;
     }
     if (isWithoutHistory(classification)) {
-        return convertWithoutHistory(node, classification, [&] {
+        return steps.convertWithoutHistory(node, classification, [&] {
             return isEvolutionOrVariant(classification)
                        ? s_trace.fail("ERROR : do not know how to manage that case. Do not know what that "
                                       "configuration means...")
-                       : convertNegatedChange(node);
+                       : steps.convertNegatedChange(node);
         });
     }
     if (classification.isHistory() != 0) {
-        return convertHistory(node);
+        return steps.convertHistory(node);
     }
     return s_trace.fail("ERROR : classification is nothing ???");
 }
 
 template <class ConvertChange>
-long QueltEeGenExprToEeMMExprVisitor::convertWithoutHistory(QueltEeNode& node,
-                                                            const QueltEVCClassification& classification,
-                                                            const ConvertChange& convertChange) {
+long QueltEeGenExprToEeMMExprVisitor::Steps::convertWithoutHistory(
+    QueltEeNode& node, const QueltEVCClassification& classification, const ConvertChange& convertChange) {
     if (classification.isChange() == 0) {
         return takeEvolutionVariant(node);
     }
-    return m_isChange != 0 ? refuseChangeInChange() : convertChange();
+    return m_visitor.m_isChange != 0 ? refuseChangeInChange() : convertChange();
 }
 
-long QueltEeGenExprToEeMMExprVisitor::convertNegatedChange(QueltEeNotOp& node) {
-    const long result = node.childrenAcceptVisitor(*this);
+long QueltEeGenExprToEeMMExprVisitor::Steps::convertNegatedChange(QueltEeNotOp& node) {
+    const long result = node.childrenAcceptVisitor(m_visitor);
     if (result < 0) {
         return s_trace.fail("ERROR : childrenAcceptVisitor on NOT op FAILED", result);
     }
-    if (m_pCurrentOperation != nullptr) {
-        m_pCurrentOperation->m_kind = QueltEeExpressionOperation::OperationKind::remove;
+    if (m_visitor.m_pCurrentOperation != nullptr) {
+        m_visitor.m_pCurrentOperation->m_kind = QueltEeExpressionOperation::OperationKind::remove;
     }
     return result;
 }
 
-long QueltEeGenExprToEeMMExprVisitor::convertWithInherited(QueltEeAndOp& node) {
-    if (m_atRoot == 0) {
+long QueltEeGenExprToEeMMExprVisitor::Steps::convertWithInherited(QueltEeAndOp& node) {
+    if (m_visitor.m_atRoot == 0) {
         return s_trace.fail("ERROR : unexpected case");
     }
-    if (m_isChange != 0) {
+    if (m_visitor.m_isChange != 0) {
         return s_trace.fail("ERROR : we are not supposed to have referenced effectivities in a change");
     }
     TakenChildren inherited;
@@ -126,19 +129,19 @@ long QueltEeGenExprToEeMMExprVisitor::convertWithInherited(QueltEeAndOp& node) {
     }
     if (result >= 0) {
         // What is left is converted as if it were the whole; the outcome of that is not this visit's.
-        m_atRoot = 1;
-        static_cast<void>(node.acceptVisitor(*this));
+        m_visitor.m_atRoot = 1;
+        static_cast<void>(node.acceptVisitor(m_visitor));
         putBack(node, inherited);
     }
-    m_pInhEffChildNodeRef = nullptr;
+    m_visitor.m_pInhEffChildNodeRef = nullptr;
     return result;
 }
 
-long QueltEeGenExprToEeMMExprVisitor::expandInherited(QueltEeAndOp& node, TakenChildren& inherited) {
+long QueltEeGenExprToEeMMExprVisitor::Steps::expandInherited(QueltEeAndOp& node, TakenChildren& inherited) {
     long result = S_OK;
     unsigned int index = 0;
     auto children = node.getChildren().cBegin();
-    while (m_listOfBasicEffs.IsEmpty() != 0) {
+    while (m_visitor.m_listOfBasicEffs.IsEmpty() != 0) {
         QueltInObject* const element = children.GetGoToNext();
         if (element == nullptr) {
             break;
@@ -154,12 +157,12 @@ long QueltEeGenExprToEeMMExprVisitor::expandInherited(QueltEeAndOp& node, TakenC
             return s_trace.fail("ERROR: classify FAILED", result);
         }
         if (isNothingButInherited(classification)) {
-            result = exploreNodeRefToFindAllBasicEffs(*child->getNode());
+            result = m_visitor.exploreNodeRefToFindAllBasicEffs(*child->getNode());
             if (result < 0) {
                 return s_trace.fail("ERROR : exploreNodeRefToFindAllBasicEffs failed", result);
             }
-            m_pInhEffChildNodeRef = child;
-            m_inhEffChildIndex = index;
+            m_visitor.m_pInhEffChildNodeRef = child;
+            m_visitor.m_inhEffChildIndex = index;
             inherited.push_back({index, child});
         }
         ++index;
@@ -168,7 +171,7 @@ long QueltEeGenExprToEeMMExprVisitor::expandInherited(QueltEeAndOp& node, TakenC
     return inherited.empty() ? s_trace.fail("ERROR : unexpected case") : result;
 }
 
-long QueltEeGenExprToEeMMExprVisitor::takeOut(QueltEeAndOp& node, const TakenChildren& taken) {
+long QueltEeGenExprToEeMMExprVisitor::Steps::takeOut(QueltEeAndOp& node, const TakenChildren& taken) {
     QueltInSmallVector<std::uint32_t, 2> positions;
     for (const QueltInLinkList::Placed& child : taken) {
         positions.push_back(child.position);
@@ -178,7 +181,7 @@ long QueltEeGenExprToEeMMExprVisitor::takeOut(QueltEeAndOp& node, const TakenChi
                       : result;
 }
 
-void QueltEeGenExprToEeMMExprVisitor::putBack(QueltEeAndOp& node, const TakenChildren& taken) {
+void QueltEeGenExprToEeMMExprVisitor::Steps::putBack(QueltEeAndOp& node, const TakenChildren& taken) {
     if (node.getChildren().SetEach(taken.values()) >= 0) {
         return;
     }

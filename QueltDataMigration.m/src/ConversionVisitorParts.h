@@ -3,8 +3,8 @@
 // What the source files of QueltEeGenExprToEeMMExprVisitor share.
 
 #include "Belongings.h"
+#include "ConversionSteps.h"
 #include "MigrationTrace.h"
-#include "QueltEeGenExprToEeMMExprVisitor.h"
 
 #include "expression/QueltEeNode.h"
 

@@ -78,31 +78,31 @@ QueltEeGenExprToEeMMExprVisitor::~QueltEeGenExprToEeMMExprVisitor() {
 }
 
 template <class Constant>
-long QueltEeGenExprToEeMMExprVisitor::convertConstant(Constant& node, const char* method) {
+long QueltEeGenExprToEeMMExprVisitor::Steps::convertConstant(Constant& node, const char* method) {
     const quelt::MethodTrace scope(s_trace, method);
-    const bool atRoot = m_atRoot != 0;
-    const bool isChange = m_isChange != 0;
+    const bool atRoot = m_visitor.m_atRoot != 0;
+    const bool isChange = m_visitor.m_isChange != 0;
     if (!atRoot && (isChange || !s_isRenumbering)) {
         return E_NOTIMPL;
     }
     QueltEeMultiModelExpression* expression = nullptr;
     if (isChange) {
-        m_pBelongings->keepUnfiled(m_pChangeExpression);
-        expression = m_pChangeExpression = new QueltEeChangeExpression;
+        m_visitor.m_pBelongings->keepUnfiled(m_visitor.m_pChangeExpression);
+        expression = m_visitor.m_pChangeExpression = new QueltEeChangeExpression;
     } else {
-        m_pBelongings->keepUnfiled(m_pTrueFalseExpression);
-        expression = m_pTrueFalseExpression = new QueltEeEffectivityExpression;
+        m_visitor.m_pBelongings->keepUnfiled(m_visitor.m_pTrueFalseExpression);
+        expression = m_visitor.m_pTrueFalseExpression = new QueltEeEffectivityExpression;
     }
     const long result = expression->setGlobalCriteria(node.clone());
     return result < 0 ? s_trace.fail("ERROR", result) : result;
 }
 
 long QueltEeGenExprToEeMMExprVisitor::visitFalse(QueltEeFalse& node) {
-    return convertConstant(node, "visitFalse");
+    return Steps(*this).convertConstant(node, "visitFalse");
 }
 
 long QueltEeGenExprToEeMMExprVisitor::visitTrue(QueltEeTrue& node) {
-    return convertConstant(node, "visitTrue");
+    return Steps(*this).convertConstant(node, "visitTrue");
 }
 
 long QueltEeGenExprToEeMMExprVisitor::visitNotDomainOp(QueltEeNotDomainOp& /*node*/) {
@@ -115,8 +115,8 @@ long QueltEeGenExprToEeMMExprVisitor::visitRestrictionEffLeaf(QueltEeRestriction
     return E_UNEXPECTED;
 }
 
-long QueltEeGenExprToEeMMExprVisitor::classify(QueltEeOperator& node,
-                                               QueltEVCClassification& classification) const {
+long QueltEeGenExprToEeMMExprVisitor::Steps::classify(QueltEeOperator& node,
+                                                      QueltEVCClassification& classification) const {
     if (!s_isOptimized) {
         QueltCoreEVC_NodeClassifier classifier;
         const long result = classifier.classify(*node.getNodeRef(), classification);
@@ -144,63 +144,64 @@ long QueltEeGenExprToEeMMExprVisitor::classify(QueltEeOperator& node,
     return S_OK;
 }
 
-long QueltEeGenExprToEeMMExprVisitor::takeEvolutionVariant(QueltEeNode& node) {
-    m_inEVPart = 1;
-    if (m_atRoot == 0) {
-        m_p_EV_ChildNodeRef = node.getNodeRef();
+long QueltEeGenExprToEeMMExprVisitor::Steps::takeEvolutionVariant(QueltEeNode& node) {
+    m_visitor.m_inEVPart = 1;
+    if (m_visitor.m_atRoot == 0) {
+        m_visitor.m_p_EV_ChildNodeRef = node.getNodeRef();
         return S_OK; // still in the part, for the operator above
     }
     return analyzeEvolutionVariant(node);
 }
 
-long QueltEeGenExprToEeMMExprVisitor::analyzeEvolutionVariant(QueltEeNode& node, QueltEeGroupOp* joined) {
-    m_inEVPart = 1;
-    const long result = analyzePureEVPart(node, 1);
+long QueltEeGenExprToEeMMExprVisitor::Steps::analyzeEvolutionVariant(QueltEeNode& node,
+                                                                     QueltEeGroupOp* joined) {
+    m_visitor.m_inEVPart = 1;
+    const long result = m_visitor.analyzePureEVPart(node, 1);
     if (joined != nullptr) {
         s_trace.inform("Deleting the pAndOp that was not deleted so far");
-        m_p_EV_ChildNodeRef = nullptr; // it is the group's
+        m_visitor.m_p_EV_ChildNodeRef = nullptr; // it is the group's
         joined->removeChildren();
-        m_pBelongings->destroyGroup(*joined);
+        m_visitor.m_pBelongings->destroyGroup(*joined);
     }
     if (result < 0) {
         return s_trace.fail("ERROR : analyzePureEVPart Failed", result);
     }
-    m_inEVPart = 0;
+    m_visitor.m_inEVPart = 0;
     return result;
 }
 
-long QueltEeGenExprToEeMMExprVisitor::refuseChangeInChange() {
-    m_pBelongings->destroyUnfiled(std::exchange(m_pChangeExpression, nullptr));
-    delete std::exchange(m_pMDSet, nullptr);
+long QueltEeGenExprToEeMMExprVisitor::Steps::refuseChangeInChange() {
+    m_visitor.m_pBelongings->destroyUnfiled(std::exchange(m_visitor.m_pChangeExpression, nullptr));
+    delete std::exchange(m_visitor.m_pMDSet, nullptr);
     return s_trace.fail("ERROR : a Change Expression should not contain another change.");
 }
 
-long QueltEeGenExprToEeMMExprVisitor::analyzeStackOfChanges(QueltEeGroupOp& group) {
-    const long result = analyzeToFindOutOperationsStack(group);
+long QueltEeGenExprToEeMMExprVisitor::Steps::analyzeStackOfChanges(QueltEeGroupOp& group) {
+    const long result = m_visitor.analyzeToFindOutOperationsStack(group);
     return result < 0 ? s_trace.fail("ERROR : analyzeToFindOutOperationsStack FAILED.", result) : result;
 }
 
-QueltEeEffectivityExpression& QueltEeGenExprToEeMMExprVisitor::history() {
-    if (m_pHistoryExpression == nullptr) {
-        m_pHistoryExpression = new QueltEeEffectivityExpression;
+QueltEeEffectivityExpression& QueltEeGenExprToEeMMExprVisitor::Steps::history() {
+    if (m_visitor.m_pHistoryExpression == nullptr) {
+        m_visitor.m_pHistoryExpression = new QueltEeEffectivityExpression;
     }
-    return *m_pHistoryExpression;
+    return *m_visitor.m_pHistoryExpression;
 }
 
-QueltEeEffectivityExpression& QueltEeGenExprToEeMMExprVisitor::evolutionVariant() {
-    if (m_pEVExpression == nullptr) {
-        m_pEVExpression = new QueltEeEffectivityExpression;
+QueltEeEffectivityExpression& QueltEeGenExprToEeMMExprVisitor::Steps::evolutionVariant() {
+    if (m_visitor.m_pEVExpression == nullptr) {
+        m_visitor.m_pEVExpression = new QueltEeEffectivityExpression;
     }
-    return *m_pEVExpression;
+    return *m_visitor.m_pEVExpression;
 }
 
-long QueltEeGenExprToEeMMExprVisitor::fileHistoryAtRoot() {
-    const long result = history().setGlobalCriteria(m_p_History_ChildNodeRef);
+long QueltEeGenExprToEeMMExprVisitor::Steps::fileHistoryAtRoot() {
+    const long result = history().setGlobalCriteria(m_visitor.m_p_History_ChildNodeRef);
     if (result < 0) {
         return s_trace.fail("ERROR : setGlobalCriteria FAILED", result);
     }
-    m_pBelongings->handOver(m_p_History_ChildNodeRef);
-    m_p_History_ChildNodeRef = nullptr;
+    m_visitor.m_pBelongings->handOver(m_visitor.m_p_History_ChildNodeRef);
+    m_visitor.m_p_History_ChildNodeRef = nullptr;
     return result;
 }
 

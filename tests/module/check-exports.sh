@@ -1,15 +1,18 @@
 #!/bin/sh
 # Compares the names that a shared library exports with a checked-in list.
 #
-#     check-exports.sh LIBRARY LIST
+#     check-exports.sh LIBRARY LIST [OBJDUMP]
 #
-# LIST holds one demangled name a line, in any order; lines that begin with # are comments. Succeeds when the two agree.
+# LIBRARY is a shared object or a DLL; a DLL is read by OBJDUMP, which is objdump unless it is given, and must know the
+# format. LIST holds one demangled name a line, in any order; lines that begin with # are comments. Succeeds when the two
+# agree.
 set -eu
 LC_ALL=C
 export LC_ALL
 
 library=$1
 list=$2
+objdump=${3:-objdump}
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
@@ -27,12 +30,33 @@ must_disagree() {
     fi
 }
 
-command -v nm >"$work/nm" || {
-    echo "check-exports: nm is missing (package binutils)"
-    exit 1
+need() {
+    command -v "$1" >"$work/found" || {
+        echo "check-exports: $1 is missing (package $2)"
+        exit 1
+    }
 }
-nm -D --defined-only -C "$library" >"$work/symbols"
-sed 's/^[0-9a-f]* *[A-Za-z] //' "$work/symbols" | sort -u >"$work/exported"
+
+list_shared_object() {
+    need nm binutils
+    nm -D --defined-only -C "$library" >"$work/symbols"
+    sed 's/^[0-9a-f]* *[A-Za-z] //' "$work/symbols" >"$work/names"
+}
+
+# The names stand in a table of their own, up to an empty line: one a line, behind its numbers.
+list_dll() {
+    need "$objdump" "binutils or binutils-mingw-w64-x86-64"
+    need c++filt binutils
+    "$objdump" -p "$library" >"$work/headers"
+    sed -n '/^\[Ordinal\/Name Pointer\] Table/,/^ *$/s/^[[:space:]]*\[ *[0-9]*\].* //p' "$work/headers" >"$work/mangled"
+    c++filt <"$work/mangled" >"$work/names"
+}
+
+case $(head -c 2 "$library") in
+MZ) list_dll ;;
+*) list_shared_object ;;
+esac
+sort -u "$work/names" >"$work/exported"
 grep -v -e '^#' -e '^$' "$list" | sort -u >"$work/listed"
 if [ ! -s "$work/exported" ] || [ ! -s "$work/listed" ]; then
     echo "check-exports: nothing is exported by $library, or nothing is listed in $list"
