@@ -32,25 +32,28 @@ public:
     /// The type class of the object's own, most derived class.
     [[nodiscard]] QueltInObjectTypeClass* dType() const override;
 
+    // Always inline, so that no library needs to give these out: a DLL could not, and code that is built
+    // without optimisation would look for them there.
+
     /// Non-zero when `object` is of this class or of one derived from it.
-    [[nodiscard]] static int isObjectOfThisType(const QueltInObject& object) {
+    [[nodiscard, gnu::always_inline]] static int isObjectOfThisType(const QueltInObject& object) {
         const QueltInObjectTypeClass* const type = object.dType();
         return type != nullptr ? type->isa(sType()) : 0;
     }
     /// `object` as this class, or null when it is not one.
-    [[nodiscard]] static Self* cast(QueltInObject& object) {
+    [[nodiscard, gnu::always_inline]] static Self* cast(QueltInObject& object) {
         return isObjectOfThisType(object) != 0 ? static_cast<Self*>(&object) : nullptr;
     }
     /// As above, for a constant object.
-    [[nodiscard]] static const Self* cast(const QueltInObject& object) {
+    [[nodiscard, gnu::always_inline]] static const Self* cast(const QueltInObject& object) {
         return isObjectOfThisType(object) != 0 ? static_cast<const Self*>(&object) : nullptr;
     }
     /// As above; null gives null.
-    [[nodiscard]] static Self* cast(QueltInObject* object) {
+    [[nodiscard, gnu::always_inline]] static Self* cast(QueltInObject* object) {
         return object != nullptr ? cast(*object) : nullptr;
     }
     /// As above; null gives null.
-    [[nodiscard]] static const Self* cast(const QueltInObject* object) {
+    [[nodiscard, gnu::always_inline]] static const Self* cast(const QueltInObject* object) {
         return object != nullptr ? cast(*object) : nullptr;
     }
 
