@@ -1,5 +1,6 @@
 #include "commands/ByteStreams.h"
 
+#include "platform/Program.h"
 #include "platform/WindowsText.h"
 
 #include <algorithm>
@@ -20,11 +21,6 @@ constexpr std::size_t s_mostForConsole = 8192;        // older consoles refuse m
 HANDLE handleOf(int descriptor) noexcept {
     // NOLINTNEXTLINE(performance-no-int-to-ptr): the runtime hands out handles as numbers
     return reinterpret_cast<HANDLE>(::_get_osfhandle(descriptor));
-}
-
-bool isConsole(int descriptor) noexcept {
-    DWORD mode = 0;
-    return ::GetConsoleMode(handleOf(descriptor), &mode) != 0;
 }
 
 std::optional<FileIdentity> identityOf(HANDLE handle) {
@@ -148,7 +144,7 @@ std::size_t pieceForConsole(std::string_view bytes) {
 class DescriptorSink : public ByteSink {
 public:
     DescriptorSink(int number, bool isOwned)
-        : m_descriptor(number, isOwned), m_isConsole(isConsole(number)) {}
+        : m_descriptor(number, isOwned), m_isConsole(isTerminal(number)) {}
 
     void write(std::string_view bytes) override {
         while (!bytes.empty()) {
@@ -201,7 +197,7 @@ std::unique_ptr<ByteSink> openSink(const std::string& path) {
 }
 
 std::unique_ptr<ByteSource> sourceOf(int descriptor) {
-    if (isConsole(descriptor)) {
+    if (isTerminal(descriptor)) {
         return std::make_unique<ConsoleSource>(descriptor);
     }
     return std::make_unique<DescriptorSource>(descriptor, false);
