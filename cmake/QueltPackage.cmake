@@ -3,7 +3,6 @@
 set(CPACK_PACKAGE_NAME "quelt-data-migration")
 set(CPACK_PACKAGE_VENDOR "The developers of QueltDataMigration")
 set(CPACK_PACKAGE_CONTACT "The developers of QueltDataMigration <developers@quelt.invalid>")
-set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
 set(CPACK_RESOURCE_FILE_LICENSE "${PROJECT_SOURCE_DIR}/LICENSE")
 set(CPACK_RESOURCE_FILE_README "${PROJECT_SOURCE_DIR}/README.md")
 set(CPACK_STRIP_FILES ON)

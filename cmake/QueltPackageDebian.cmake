@@ -10,9 +10,12 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${CMAKE_LIBRARY_OUTPUT_DIRECTORY}")
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 
-set(about "Manufacturers keep, for every part and every change of a configurable product, an effectivity:
-a boolean expression that says in which products it applies. Older stores hold it as specification
-lists, trees and compiled binaries; these are converted into the multi-model form, in which each
+# Each package has a summary of its own, in front of which this one would come.
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")
+set(about "Manufacturers keep, for every part and every change of a configurable
+product, an effectivity: a boolean expression that says in which products
+it applies. Older stores hold it as specification lists, trees and compiled
+binaries; these are converted into the multi-model form, in which each
 model dictionary has a criterion of its own.")
 set(soname "libquelt${PROJECT_VERSION_MAJOR}")
 set(same_version "(= ${PROJECT_VERSION})")
@@ -42,14 +45,15 @@ endif()
 quelt_debian_package(libraries ${soname} libs "conversion of configuration effectivity (libraries)"
     "This package contains the shared libraries QueltCore and QueltDataMigration.")
 quelt_debian_package(development libquelt-dev libdevel "conversion of configuration effectivity (development)"
-    "This package contains what a C++20 program is compiled and linked with to use the libraries: headers,
-CMake packages and pkg-config files.")
+    "This package contains what a C++20 program is compiled and linked with to
+use the libraries: headers, a CMake package and pkg-config files.")
 quelt_debian_package(documentation quelt-doc doc "conversion of configuration effectivity (documentation)"
-    "This package contains the documentation of the libraries and of quelt-migrate, with examples.")
+    "This package contains the documentation of the libraries and of
+quelt-migrate, with examples.")
 set(CPACK_COMPONENTS_ALL libraries development documentation)
 
-set(CPACK_DEBIAN_LIBRARIES_PACKAGE_GENERATE_SHLIBS ON)
-set(CPACK_DEBIAN_LIBRARIES_PACKAGE_GENERATE_SHLIBS_POLICY "=")
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY "=")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${soname} ${same_version}")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SUGGESTS "quelt-doc")
 set(CPACK_DEBIAN_DOCUMENTATION_PACKAGE_ARCHITECTURE all)
@@ -57,7 +61,8 @@ set(CPACK_DEBIAN_DOCUMENTATION_PACKAGE_SHLIBDEPS OFF)
 
 if(TARGET quelt-migrate)
     quelt_debian_package(program quelt-migrate utils "converts stores of configuration effectivity"
-        "This package contains quelt-migrate, which converts a whole store record by record.")
+        "This package contains quelt-migrate, which converts a whole store record
+by record.")
     list(APPEND CPACK_COMPONENTS_ALL program)
     set(CPACK_DEBIAN_PROGRAM_PACKAGE_DEPENDS "${soname} ${same_version}")
     set(CPACK_DEBIAN_PROGRAM_PACKAGE_SUGGESTS "quelt-doc")

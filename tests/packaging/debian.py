@@ -71,7 +71,8 @@ def check_control(name, package, version, folder):
     if not re.fullmatch(r"[^<>]+ <[^<>@ ]+@[^<>@ ]+\.invalid>", maintainer):
         support.fail(f"{name}: Maintainer is {maintainer!r}")
     description = support.run("dpkg-deb", "-f", package, "Description").splitlines()
-    if len(description) < 4 or len(description[0]) > 80 or not all(re.match(r" \S", line) for line in description[1:]):
+    if (len(description) < 4 or not description[0].startswith("conver") or max(map(len, description)) > 80
+            or not all(re.match(r" \S", line) for line in description[1:])):
         support.fail(f"{name}: Description is not a line with a text below it: {description}")
     check_dependencies(name, package, version)
     support.run("dpkg-deb", "-e", package, folder)

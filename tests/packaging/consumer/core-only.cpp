@@ -9,7 +9,7 @@
 int main() {
     auto* const both = new QueltEeAndOp;
     const QueltEeGenericExpression expression(both->getNodeRef());
-    if (both->addChild(new QueltEeTrue) < 0 || both->addChild(new QueltEeFalse) < 0) {
+    if (both->addChild(*new QueltEeTrue) < 0 || both->addChild(*new QueltEeFalse) < 0) {
         return 1;
     }
     const QueltInString text = expression.toString();
