@@ -54,6 +54,8 @@ set(CPACK_COMPONENTS_ALL libraries development documentation)
 
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY "=")
+# CPack itself tells the loader of new libraries in /usr/lib only, not in the folder of the architecture.
+set(CPACK_DEBIAN_LIBRARIES_PACKAGE_CONTROL_EXTRA "${CMAKE_CURRENT_LIST_DIR}/debian/triggers")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${soname} ${same_version}")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SUGGESTS "quelt-doc")
 set(CPACK_DEBIAN_DOCUMENTATION_PACKAGE_ARCHITECTURE all)
