@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """The .zip for Windows holds all that its programs need, and serves a project that is built for Windows.
 
-    windows-zip.py BUILD VERSION TOOLCHAIN OBJDUMP EMULATOR...
+    windows-zip.py BUILD VERSION COMPILER OBJDUMP EMULATOR...
 """
 
 import re
@@ -51,14 +51,14 @@ def check_imports(folder, objdump):
             support.fail(f"{binary.name} needs {lacking or 'nothing, which cannot be'}")
 
 
-def main(build, version, toolchain, objdump, *emulator):
+def main(build, version, compiler, objdump, *emulator):
     with support.scratch() as folder:
         root = unpacked(build, folder)
         check_contents(root)
         check_imports(root / "bin", objdump)
         consumer = Path(folder) / "consumer"
-        support.configured_consumer(consumer, "-DCONSUMES=package", f"-DCMAKE_TOOLCHAIN_FILE={toolchain}",
-                                    f"-DCMAKE_PREFIX_PATH={root}", f"-DCMAKE_FIND_ROOT_PATH={root}",
+        support.configured_consumer(consumer, "-DCONSUMES=package", "-DCMAKE_SYSTEM_NAME=Windows",
+                                    f"-DCMAKE_CXX_COMPILER={compiler}", f"-DCMAKE_PREFIX_PATH={root}",
                                     f"-DCMAKE_RUNTIME_OUTPUT_DIRECTORY={root / 'bin'}")
         support.build_consumer(consumer)
         support.run_consumers(root / "bin", suffix=".exe", launcher=emulator)
