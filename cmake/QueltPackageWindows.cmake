@@ -15,7 +15,9 @@ endfunction()
 
 foreach(name IN ITEMS libstdc++-6.dll libgcc_s_seh-1.dll libwinpthread-1.dll)
     quelt_compiler_file(file ${name})
-    install(PROGRAMS "${file}" DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT libraries)
+    # Without what only debuggers want, which is nine tenths of it.
+    execute_process(COMMAND "${CMAKE_STRIP}" -o "${package_files}/${name}" "${file}" COMMAND_ERROR_IS_FATAL ANY)
+    install(PROGRAMS "${package_files}/${name}" DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT libraries)
 endforeach()
 
 set(QUELT_RUNTIME_LICENSES
