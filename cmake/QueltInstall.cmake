@@ -61,4 +61,4 @@ endforeach()
 install(FILES README.md CHANGELOG.md LICENSE COPYRIGHT
     DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT documentation)
 install(DIRECTORY docs examples DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT documentation
-    FILES_MATCHING PATTERN "*.md" PATTERN "*.json" PATTERN "*.ndjson")
+    FILES_MATCHING PATTERN "*.md" PATTERN "*.cpp" PATTERN "*.json" PATTERN "*.ndjson")

@@ -96,6 +96,14 @@ def check_dependencies(name, package, version):
             support.fail(f"{name}: depends on {each}")
 
 
+def check_completeness(packed, prefix):
+    """What is installed and belongs to no component would be in no package."""
+    own = re.compile(f"share/doc/({'|'.join(CONTENTS)})/.*")
+    unlike = {file for file in packed if not own.fullmatch(file)} ^ support.files_below(prefix)
+    if unlike:
+        support.fail(f"either packed or installed, but not both: {sorted(unlike)}")
+
+
 def main(build, compiler, version):
     support.require("cpack", "dpkg-deb", "dpkg-shlibdeps")
     with support.scratch() as folder:
@@ -111,6 +119,7 @@ def main(build, compiler, version):
             check_modes(name, package)
             check_control(name, package, version, Path(folder) / f"{name} control")
             support.run("dpkg-deb", "-x", package, root)
+        check_completeness(support.files_below(root / "usr"), support.installed_and_moved(build, folder))
         support.consume_package(root / "usr", Path(folder) / "consumer", compiler)
         support.expect_output(f"quelt-migrate {version}", root / "usr" / "bin" / "quelt-migrate", "--version",
                               environment=support.plain_environment(LD_BIND_NOW=1))

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """The same sources give the same bytes, wherever and whenever they are built: libraries, program and packages.
 
-    reproducible.py BUILD SOURCES
+    reproducible.py BUILD SOURCES TARGET...
 
 Copies the sources to a folder whose path has another length, builds them there with the settings of BUILD (and without
 a compiler cache, which would answer with what was compiled here), and compares what is installed and packed.
@@ -15,7 +15,6 @@ import support
 
 # An hour of a day long ago; what is packed bears it instead of the time of packing.
 EPOCH = "1700000000"
-TARGETS = ("QueltCore", "QueltDataMigration", "quelt-migrate")
 
 
 def copy_sources(sources, to):
@@ -28,11 +27,11 @@ def copy_sources(sources, to):
             shutil.copy(sources / name, to / name)
 
 
-def build_again(build, sources, folder, environment):
+def build_again(build, sources, folder, environment, targets):
     settings = [f"-D{name}={value}" for name, value in support.settings_of(build).items() if name != "CMAKE_GENERATOR"]
     support.run("cmake", "-S", sources, "-B", folder, "-G", support.settings_of(build)["CMAKE_GENERATOR"], *settings,
                 "-DQUELT_BUILD_TESTS=OFF", "-DQUELT_CCACHE=", environment=environment)
-    support.run("cmake", "--build", folder, "-j2", "--target", *TARGETS, environment=environment)
+    support.run("cmake", "--build", folder, "-j2", "--target", *targets, environment=environment)
 
 
 def outcome_of(build, folder, environment):
@@ -48,14 +47,14 @@ def first_difference(left, right):
     return next((place for place, (a, b) in enumerate(zip(left, right)) if a != b), min(len(left), len(right)))
 
 
-def main(build, sources):
+def main(build, sources, *targets):
     support.require("git", "cpack", "dpkg-deb")
     with support.scratch() as scratch:
         elsewhere = Path(scratch) / "elsewhere in a folder with another and a longer name"
         copy_sources(Path(sources), elsewhere)
         environment = support.plain_environment(CCACHE_DISABLE=1, SOURCE_DATE_EPOCH=EPOCH)
         again = elsewhere / "built"
-        build_again(build, elsewhere, again, environment)
+        build_again(build, elsewhere, again, environment, targets)
         first = outcome_of(Path(build), Path(scratch) / "first", environment)
         second = outcome_of(again, Path(scratch) / "second", environment)
 

@@ -3,9 +3,9 @@
 set(directory_properties COMPILE_OPTIONS COMPILE_DEFINITIONS LINK_OPTIONS INCLUDE_DIRECTORIES TESTS BUILDSYSTEM_TARGETS)
 
 # What a subproject may leave behind: what bears its own name, and what the means of taking it in note down.
-set(own_names "^(QUELT_|QueltDataMigration_|queltdatamigration_|FETCHCONTENT_|_*FetchContent|GNUTLS_|remembered_)")
-# What CMake itself changes all the time.
-set(fleeting_names "^(ARG[CNV0-9]*|CMAKE_CURRENT_.*|CMAKE_PARENT_LIST_FILE|OUTPUT|name|names|value)$")
+set(own_names "^(QUELT_|QueltDataMigration_|queltdatamigration_|FETCHCONTENT_|__cmake_|_FetchContent|remembered_)")
+# What CMake itself changes by the way, and what this file does.
+set(fleeting_names "^(ARG[CNV0-9]*|CMAKE_CURRENT_.*|CMAKE_PARENT_LIST_FILE|CMAKE_PROJECT_VERSION.*|name|subproject)$")
 
 macro(remember_surroundings)
     get_cmake_property(remembered_names VARIABLES)
