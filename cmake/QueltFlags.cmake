@@ -1,4 +1,4 @@
-# Settings that hold for every target of the project.
+# Settings that hold for every target of the project, and for none of a project that takes this one in.
 
 set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
@@ -6,19 +6,25 @@ set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_CXX_VISIBILITY_PRESET hidden)
 set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
-set(CMAKE_COMPILE_WARNING_AS_ERROR ON)
-set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
-set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
-set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/lib")
-set(CMAKE_INSTALL_RPATH "$ORIGIN/../lib")
+set(CMAKE_COMPILE_WARNING_AS_ERROR "${QUELT_WARNINGS_AS_ERRORS}")
+# No absolute path gets into a binary, wherever it is built.
+set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
 
-if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
-    set(CMAKE_BUILD_TYPE Release CACHE STRING "Kind of build" FORCE)
-endif()
+# Of what is installed without naming a component; the host's folder has another one. QueltInstall lists them.
+set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME documentation)
 
-find_program(QUELT_CCACHE ccache)
-if(QUELT_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
-    set(CMAKE_CXX_COMPILER_LAUNCHER "${QUELT_CCACHE}")
+# Where things go, and how they are built when nothing is said, is the business of whoever is on top.
+if(PROJECT_IS_TOP_LEVEL)
+    set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+    set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
+    set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/lib")
+    if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+        set(CMAKE_BUILD_TYPE Release CACHE STRING "Kind of build" FORCE)
+    endif()
+    find_program(QUELT_CCACHE ccache)
+    if(QUELT_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+        set(CMAKE_CXX_COMPILER_LAUNCHER "${QUELT_CCACHE}")
+    endif()
 endif()
 
 add_compile_options(

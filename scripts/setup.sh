@@ -12,6 +12,7 @@ packages=(
     libgtest-dev libgmock-dev libbenchmark-dev   # tests and benchmarks
     binutils python3 clang-format-14             # checks that the tests run
     doxygen groff-base zsh fish                  # documentation, and what tries it
+    git dpkg-dev pkg-config gzip                 # packages, and their tests
 )
 case ${1:-} in
 fuzz) packages+=(clang-14 libclang-rt-14-dev) ;;
