@@ -45,16 +45,6 @@ add_compile_definitions("$<$<CONFIG:Debug>:_GLIBCXX_ASSERTIONS>")
 if(WIN32)
     # Visits nest on the stack, deeper than the platform's default of 1 MB allows; threads get as much as the program.
     add_link_options(LINKER:--stack,8388608)
-
-    # The compiler's own libraries, which every program looks for beside itself.
-    set(QUELT_RUNTIME_LIBRARIES "")
-    foreach(library libstdc++-6 libgcc_s_seh-1 libwinpthread-1)
-        execute_process(COMMAND "${CMAKE_CXX_COMPILER}" -print-file-name=${library}.dll
-            OUTPUT_VARIABLE found OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
-        file(REAL_PATH "${found}" found)
-        list(APPEND QUELT_RUNTIME_LIBRARIES "${found}")
-    endforeach()
-    file(COPY ${QUELT_RUNTIME_LIBRARIES} DESTINATION "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}")
 endif()
 
 if(QUELT_SANITIZE)

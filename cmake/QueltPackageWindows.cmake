@@ -2,23 +2,7 @@
 
 set(CPACK_GENERATOR ZIP)
 
-# The file that the compiler would link by this name; it answers with the bare name when there is none.
-function(quelt_compiler_file variable name)
-    execute_process(COMMAND "${CMAKE_CXX_COMPILER}" "-print-file-name=${name}"
-        OUTPUT_VARIABLE path OUTPUT_STRIP_TRAILING_WHITESPACE)
-    if(NOT IS_ABSOLUTE "${path}" OR NOT EXISTS "${path}")
-        message(FATAL_ERROR "${CMAKE_CXX_COMPILER} does not know where ${name} is, which the package must contain")
-    endif()
-    get_filename_component(path "${path}" REALPATH)
-    set(${variable} "${path}" PARENT_SCOPE)
-endfunction()
-
-foreach(name IN ITEMS libstdc++-6.dll libgcc_s_seh-1.dll libwinpthread-1.dll)
-    quelt_compiler_file(file ${name})
-    # Without what only debuggers want, which is nine tenths of it.
-    execute_process(COMMAND "${CMAKE_STRIP}" -o "${package_files}/${name}" "${file}" COMMAND_ERROR_IS_FATAL ANY)
-    install(PROGRAMS "${package_files}/${name}" DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT libraries)
-endforeach()
+install(PROGRAMS ${QUELT_RUNTIME_LIBRARIES} DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT libraries)
 
 set(QUELT_RUNTIME_LICENSES
     /usr/share/doc/gcc-mingw-w64-base/copyright /usr/share/doc/mingw-w64-x86-64-dev/copyright
