@@ -44,7 +44,8 @@ add_compile_definitions("$<$<CONFIG:Debug>:_GLIBCXX_ASSERTIONS>")
 
 if(WIN32)
     # Visits nest on the stack, deeper than the platform's default of 1 MB allows; threads get as much as the program.
-    add_link_options(LINKER:--stack,8388608)
+    # No time of the build gets into a binary.
+    add_link_options(LINKER:--stack,8388608 LINKER:--no-insert-timestamp)
 endif()
 
 if(QUELT_SANITIZE)

@@ -340,7 +340,7 @@ TEST(OperationStackElementTest, hasItsPartInTheTypeRegistry) {
     EXPECT_EQ(Element::cast(object), &element);
     EXPECT_EQ(Element::cast(constant), &element);
     EXPECT_EQ(Element::cast(static_cast<const QueltInObject&>(foreign)), nullptr);
-    EXPECT_EQ(object.toString().view(), Element::s_className) << "inherited from the root";
+    EXPECT_EQ(object.toString().view(), Element::sType()->getName()) << "inherited from the root";
 }
 
 } // namespace

@@ -68,7 +68,7 @@ TYPED_TEST(TypeFamilyTest, CastsAsTheLanguageDoes) {
 }
 
 TYPED_TEST(TypeFamilyTest, BearsItsName) {
-    EXPECT_EQ(std::string_view(TypeParam::sType()->getName()), TypeParam::s_className);
+    EXPECT_EQ(std::string_view(TypeParam::sType()->getName()), std::string_view(TypeParam::s_className));
     EXPECT_EQ(TypeParam::sType(), TypeParam::sType());
 }
 

@@ -56,8 +56,7 @@ int main() {
 
     auto effectivity = std::make_unique<QueltEeOptionEff>(engine);
     effectivity->addValue(big);
-    const QueltEeGenericExpression expression(
-        (new QueltEeVarEffLeaf(effectivity.release()))->getNodeRef());
+    const QueltEeGenericExpression expression((new QueltEeVarEffLeaf(effectivity.release()))->getNodeRef());
     const std::string text = converted(expression, context);
     std::printf("%s\n", text.c_str());
     return text == "effectivity(Truck: own Engine in {V8})" ? 0 : 1;
