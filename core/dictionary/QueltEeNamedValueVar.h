@@ -16,6 +16,7 @@
 class QUELT_CORE_API QueltEeNamedValueVar : public QueltInTyped<QueltEeNamedValueVar, QueltEeVariable> {
 public:
     static constexpr const char* s_className = "QueltEeNamedValueVar";
+    ~QueltEeNamedValueVar() override;
 
     using QueltInTyped::QueltInTyped;
 
@@ -43,6 +44,7 @@ extern template class QueltInTyped<QueltEeNamedValueVar, QueltEeVariable>;
 class QUELT_CORE_API QueltEeCatOptionVar : public QueltInTyped<QueltEeCatOptionVar, QueltEeNamedValueVar> {
 public:
     static constexpr const char* s_className = "QueltEeCatOptionVar";
+    ~QueltEeCatOptionVar() override;
     using QueltInTyped::QueltInTyped;
 };
 extern template class QueltInTyped<QueltEeCatOptionVar, QueltEeNamedValueVar>;
@@ -51,6 +53,7 @@ extern template class QueltInTyped<QueltEeCatOptionVar, QueltEeNamedValueVar>;
 class QUELT_CORE_API QueltEeSelectionVar : public QueltInTyped<QueltEeSelectionVar, QueltEeNamedValueVar> {
 public:
     static constexpr const char* s_className = "QueltEeSelectionVar";
+    ~QueltEeSelectionVar() override;
     using QueltInTyped::QueltInTyped;
 };
 extern template class QueltInTyped<QueltEeSelectionVar, QueltEeNamedValueVar>;

@@ -44,6 +44,7 @@ extern template class QueltInTyped<QueltEeEffectivity, QueltEeDicoObject>;
 class QUELT_CORE_API QueltEePredefEff : public QueltInTyped<QueltEePredefEff, QueltEeEffectivity> {
 public:
     static constexpr const char* s_className = "QueltEePredefEff";
+    ~QueltEePredefEff() override;
     using QueltInTyped::QueltInTyped;
 };
 extern template class QueltInTyped<QueltEePredefEff, QueltEeEffectivity>;

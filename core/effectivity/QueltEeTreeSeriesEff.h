@@ -12,6 +12,7 @@ enum class SetOperation;
 class QUELT_CORE_API QueltEeTreeBaseEff : public QueltInTyped<QueltEeTreeBaseEff, QueltEeVarEff> {
 public:
     static constexpr const char* s_className = "QueltEeTreeBaseEff";
+    ~QueltEeTreeBaseEff() override;
 };
 extern template class QueltInTyped<QueltEeTreeBaseEff, QueltEeVarEff>;
 

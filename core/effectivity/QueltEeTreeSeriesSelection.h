@@ -10,6 +10,7 @@ class QUELT_CORE_API QueltEeTreeSeriesSelectionBound
     : public QueltInTyped<QueltEeTreeSeriesSelectionBound, QueltInObject> {
 public:
     static constexpr const char* s_className = "QueltEeTreeSeriesSelectionBound";
+    ~QueltEeTreeSeriesSelectionBound() override;
 
     QueltEeTreeSeriesSelectionBound(const QueltEeTreeSeriesElement* element, unsigned char included) noexcept
         : m_pElement(element), m_included(included != 0 ? 1 : 0) {}
@@ -32,6 +33,7 @@ extern template class QueltInTyped<QueltEeTreeSeriesSelectionBound, QueltInObjec
 class QUELT_CORE_API QueltEeTreeSelection : public QueltInTyped<QueltEeTreeSelection, QueltInObject> {
 public:
     static constexpr const char* s_className = "QueltEeTreeSelection";
+    ~QueltEeTreeSelection() override;
 };
 extern template class QueltInTyped<QueltEeTreeSelection, QueltInObject>;
 

@@ -9,6 +9,7 @@
 class QUELT_CORE_API QueltEeNodeLeaf : public QueltInTyped<QueltEeNodeLeaf, QueltEeNode> {
 public:
     static constexpr const char* s_className = "QueltEeNodeLeaf";
+    ~QueltEeNodeLeaf() override;
 };
 extern template class QueltInTyped<QueltEeNodeLeaf, QueltEeNode>;
 

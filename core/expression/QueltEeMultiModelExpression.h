@@ -107,7 +107,7 @@ public:
     QueltEeChangeExpression() = default;
 
 protected:
-    [[nodiscard]] const char* kindName() const override { return "change"; }
+    [[nodiscard]] const char* kindName() const override;
 };
 extern template class QueltInTyped<QueltEeChangeExpression, QueltEeMultiModelExpression>;
 
@@ -161,7 +161,7 @@ public:
     }
 
 protected:
-    [[nodiscard]] const char* kindName() const override { return "effectivity"; }
+    [[nodiscard]] const char* kindName() const override;
     [[nodiscard]] QueltInString describeOperations() const override;
 
 private:

@@ -17,6 +17,7 @@ class QueltEeVarEffLeaf;
 class QUELT_CORE_API QueltEeNodeVisitor : public QueltInTyped<QueltEeNodeVisitor, QueltInObject> {
 public:
     static constexpr const char* s_className = "QueltEeNodeVisitor";
+    ~QueltEeNodeVisitor() override;
 
     virtual long visitFalse(QueltEeFalse& node) = 0;
     virtual long visitTrue(QueltEeTrue& node) = 0;

@@ -12,6 +12,7 @@ enum E_MakeTF : unsigned char {
 class QUELT_CORE_API QueltEeOperator : public QueltInTyped<QueltEeOperator, QueltEeNode> {
 public:
     static constexpr const char* s_className = "QueltEeOperator";
+    ~QueltEeOperator() override;
 
     /// Deletes the children that the node owns, and its aliases.
     virtual void deleteChildren() = 0;
