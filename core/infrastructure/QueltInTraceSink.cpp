@@ -3,10 +3,12 @@
 #include "infrastructure/QueltInTraceClass.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <mutex>
+#include <new>
 #include <string>
 #include <utility>
 
@@ -58,10 +60,20 @@ public:
     explicit DefaultSink(std::string path) : m_path(std::move(path)) {}
 
     void write(const QueltInTraceLine& line) override {
+        if (m_isClosed) {
+            return;
+        }
         std::FILE* const file = target();
         const std::string text = format(line);
         static_cast<void>(std::fwrite(text.data(), 1, text.size(), file));
         static_cast<void>(std::fflush(file)); // the last lines before a crash are those that matter
+    }
+
+    /// Gives everything up; lines are dropped from then on.
+    void close() noexcept {
+        m_isClosed = true;
+        m_file.reset();
+        std::string().swap(m_path);
     }
 
 private:
@@ -78,42 +90,50 @@ private:
 
     std::string m_path; // of the file to be opened, empty for standard error
     std::unique_ptr<std::FILE, CloseFile> m_file;
+    bool m_isClosed = false;
 };
 
-/// What QUELT_TRACE said when the library was loaded.
-struct Environment {
-    Environment() {
-        const char* const value = std::getenv("QUELT_TRACE");
-        if (value == nullptr || *value == '\0') {
-            return;
-        }
-        asksForAll = true;
-        if (std::string_view(value) != "stderr") {
-            path = value;
-        }
-    }
+/// What QUELT_TRACE says now.
+std::string_view askedFor() noexcept {
+    const char* const value = std::getenv("QUELT_TRACE");
+    return value != nullptr ? value : "";
+}
 
-    bool asksForAll = false;
-    std::string path;
-};
-
-/// The sink of the process and the lock around it. Never destroyed: libraries trace while they are unloaded.
+/// The sink of the process and the lock around it.
 struct Outlet {
-    const Environment environment;
-    DefaultSink defaultSink{environment.path};
+    explicit Outlet(std::string_view asked)
+        : asksForAll(!asked.empty()), defaultSink(std::string(asked != "stderr" ? asked : "")) {}
+
+    const bool asksForAll;
+    DefaultSink defaultSink;
     std::mutex mutex;
     QueltInTraceSink* replacement = nullptr;
 
+    /// Never destroyed: a thread may be writing while the process ends.
     static Outlet& instance() {
-        static Outlet* const outlet = new Outlet;
+        alignas(Outlet) static std::byte storage[sizeof(Outlet)];
+        static Outlet* const outlet = new (storage) Outlet(askedFor());
         return *outlet;
     }
 };
+
+/// Gives back what the default sink holds when the library is unloaded; all that link the library and trace
+/// while they are unloaded have gone before.
+struct DefaultSinkCloser {
+    ~DefaultSinkCloser() {
+        Outlet& outlet = Outlet::instance();
+        const std::lock_guard lock(outlet.mutex);
+        outlet.defaultSink.close();
+    }
+};
+const DefaultSinkCloser s_defaultSinkCloser;
 
 /// Lines that a capture makes room for at its first one.
 constexpr std::size_t s_firstLines = 32;
 /// The texts of lines stand in blocks of this many bytes, which nearly every conversion gets by with one of.
 constexpr std::size_t s_blockSize = 4096;
+/// A name is kept again when so many others were kept behind it.
+constexpr std::size_t s_mostNamesLookedAt = 16;
 /// Room for more lines than this is given back with the lines.
 constexpr std::size_t s_mostLinesKept = 1024;
 
@@ -148,7 +168,7 @@ QueltInTraceSink* QueltInTraceSink::replace(QueltInTraceSink* sink) noexcept {
 }
 
 bool QueltInTraceSink::readEnvironment() {
-    const bool asksForAll = Outlet::instance().environment.asksForAll;
+    const bool asksForAll = Outlet::instance().asksForAll;
     if (asksForAll) {
         QueltInTraceClass::s_howManyWantEverything.fetch_add(1, std::memory_order_relaxed);
     }
@@ -198,6 +218,7 @@ QueltInTraceCapture* QueltInTraceCapture::innermost() noexcept {
 
 void QueltInTraceCapture::clear() noexcept {
     m_lines.clear();
+    m_names.clear();
     if (m_lines.capacity() > s_mostLinesKept) {
         m_lines.shrink_to_fit();
     }
@@ -215,7 +236,9 @@ void QueltInTraceCapture::take(const QueltInTraceLine& line, bool allWereAskedFo
     if (m_lines.empty()) {
         m_lines.reserve(s_firstLines);
     }
-    QueltInTraceLine kept = line; // the names of class and domain are static
+    QueltInTraceLine kept = line;
+    kept.className = keepName(line.className);
+    kept.domainName = keepName(line.domainName);
     kept.methodName = keep(line.methodName);
     kept.text = keep(line.text);
     m_lines.push_back(kept);
@@ -230,6 +253,18 @@ std::string_view QueltInTraceCapture::keep(std::string_view text) {
     m_pNext = kept + text.size();
     m_room -= text.size();
     return {kept, text.size()};
+}
+
+std::string_view QueltInTraceCapture::keepName(std::string_view name) {
+    // Few classes trace in one conversion, and one writes many lines in a row: the last names are looked at
+    // first.
+    const std::size_t looked = std::min(m_names.size(), s_mostNamesLookedAt);
+    const auto known =
+        std::find(m_names.rbegin(), m_names.rbegin() + static_cast<std::ptrdiff_t>(looked), name);
+    if (known != m_names.rbegin() + static_cast<std::ptrdiff_t>(looked)) {
+        return *known;
+    }
+    return m_names.emplace_back(keep(name));
 }
 
 char* QueltInTraceCapture::makeRoom(std::size_t bytes) {
