@@ -32,7 +32,9 @@ command -v nm >"$work/nm" || {
     exit 1
 }
 nm -D --defined-only -C "$library" >"$work/symbols"
-sed 's/^[0-9a-f]* *[A-Za-z] //' "$work/symbols" | sort -u >"$work/exported"
+# Without the names of versions, and without the versions that names bear.
+sed -e '/^[0-9a-f]* *A /d' -e 's/^[0-9a-f]* *[A-Za-z] //' -e 's/@@*QUELT_[A-Z_]*[0-9]*$//' "$work/symbols" |
+    sort -u >"$work/exported"
 grep -v -e '^#' -e '^$' "$list" | sort -u >"$work/listed"
 if [ ! -s "$work/exported" ] || [ ! -s "$work/listed" ]; then
     echo "check-exports: nothing is exported by $library, or nothing is listed in $list"
