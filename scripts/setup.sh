@@ -10,6 +10,7 @@ packages=(
     libsimdjson-dev rapidjson-dev libcli11-dev   # the host application
     libgtest-dev libgmock-dev libbenchmark-dev   # tests and benchmarks
     binutils python3 clang-format-14             # checks that the tests run
+    abigail-tools                                # the comparison of binary interfaces
 )
 if [ "${1:-}" = fuzz ]; then
     packages+=(clang-14 libclang-rt-14-dev)
