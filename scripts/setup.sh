@@ -13,6 +13,7 @@ packages=(
     binutils python3 clang-format-14             # checks that the tests run
     doxygen groff-base zsh fish                  # documentation, and what tries it
     git dpkg-dev pkg-config gzip                 # packages, and their tests
+    abigail-tools                                # the comparison of binary interfaces
 )
 case ${1:-} in
 fuzz) packages+=(clang-14 libclang-rt-14-dev) ;;

@@ -8,6 +8,10 @@ template class QueltInTyped<QueltEeNamedValueVar, QueltEeVariable>;
 template class QueltInTyped<QueltEeCatOptionVar, QueltEeNamedValueVar>;
 template class QueltInTyped<QueltEeSelectionVar, QueltEeNamedValueVar>;
 
+QueltEeNamedValueVar::~QueltEeNamedValueVar() = default;
+QueltEeCatOptionVar::~QueltEeCatOptionVar() = default;
+QueltEeSelectionVar::~QueltEeSelectionVar() = default;
+
 std::uint32_t QueltEeNamedValueVar::addValue(std::string_view name) {
     if (const std::optional<std::uint32_t> known = findValue(name)) {
         return *known;

@@ -19,6 +19,7 @@ extern template class QUELT_CORE_API QueltInTyped<QueltEeNamedValueVar, QueltEeV
 class QUELT_CORE_API QueltEeNamedValueVar : public QueltInTyped<QueltEeNamedValueVar, QueltEeVariable> {
 public:
     static constexpr const char* s_className = "QueltEeNamedValueVar";
+    ~QueltEeNamedValueVar() override;
 
     using QueltInTyped::QueltInTyped;
 
@@ -48,6 +49,7 @@ extern template class QUELT_CORE_API QueltInTyped<QueltEeCatOptionVar, QueltEeNa
 class QUELT_CORE_API QueltEeCatOptionVar : public QueltInTyped<QueltEeCatOptionVar, QueltEeNamedValueVar> {
 public:
     static constexpr const char* s_className = "QueltEeCatOptionVar";
+    ~QueltEeCatOptionVar() override;
     using QueltInTyped::QueltInTyped;
 };
 
@@ -58,5 +60,6 @@ extern template class QUELT_CORE_API QueltInTyped<QueltEeSelectionVar, QueltEeNa
 class QUELT_CORE_API QueltEeSelectionVar : public QueltInTyped<QueltEeSelectionVar, QueltEeNamedValueVar> {
 public:
     static constexpr const char* s_className = "QueltEeSelectionVar";
+    ~QueltEeSelectionVar() override;
     using QueltInTyped::QueltInTyped;
 };

@@ -11,6 +11,8 @@ template class QueltInTyped<QueltEeEffectivity, QueltEeDicoObject>;
 template class QueltInTyped<QueltEePredefEff, QueltEeEffectivity>;
 template class QueltInTyped<QueltEeBasicEff, QueltEeEffectivity>;
 
+QueltEePredefEff::~QueltEePredefEff() = default;
+
 QueltEeEffectivity::QueltEeEffectivity(const QueltInString& name, const QueltInGuid& guid)
     : QueltInTyped(name, guid) {}
 

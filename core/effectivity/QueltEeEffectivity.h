@@ -49,6 +49,7 @@ extern template class QUELT_CORE_API QueltInTyped<QueltEePredefEff, QueltEeEffec
 class QUELT_CORE_API QueltEePredefEff : public QueltInTyped<QueltEePredefEff, QueltEeEffectivity> {
 public:
     static constexpr const char* s_className = "QueltEePredefEff";
+    ~QueltEePredefEff() override;
     using QueltInTyped::QueltInTyped;
 };
 

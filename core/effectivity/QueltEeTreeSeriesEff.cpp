@@ -10,6 +10,8 @@
 template class QueltInTyped<QueltEeTreeBaseEff, QueltEeVarEff>;
 template class QueltInTyped<QueltEeTreeSeriesEff, QueltEeTreeBaseEff>;
 
+QueltEeTreeBaseEff::~QueltEeTreeBaseEff() = default;
+
 namespace {
 
 using Bound = QueltEeTreeSeriesSelection::Bound;

@@ -15,6 +15,7 @@ extern template class QUELT_CORE_API QueltInTyped<QueltEeTreeBaseEff, QueltEeVar
 class QUELT_CORE_API QueltEeTreeBaseEff : public QueltInTyped<QueltEeTreeBaseEff, QueltEeVarEff> {
 public:
     static constexpr const char* s_className = "QueltEeTreeBaseEff";
+    ~QueltEeTreeBaseEff() override;
 };
 
 class QueltEeTreeSeriesEff;

@@ -10,6 +10,9 @@ template class QueltInTyped<QueltEeTreeSeriesSelectionBound, QueltInObject>;
 template class QueltInTyped<QueltEeTreeSelection, QueltInObject>;
 template class QueltInTyped<QueltEeTreeSeriesSelection, QueltEeTreeSelection>;
 
+QueltEeTreeSelection::~QueltEeTreeSelection() = default;
+QueltEeTreeSeriesSelectionBound::~QueltEeTreeSeriesSelectionBound() = default;
+
 namespace {
 
 using Bound = QueltEeTreeSeriesSelection::Bound;

@@ -13,6 +13,7 @@ class QUELT_CORE_API QueltEeTreeSeriesSelectionBound
     : public QueltInTyped<QueltEeTreeSeriesSelectionBound, QueltInObject> {
 public:
     static constexpr const char* s_className = "QueltEeTreeSeriesSelectionBound";
+    ~QueltEeTreeSeriesSelectionBound() override;
 
     /// The bound at `element` (not owned; must outlive the bound and what is made of it); the element
     /// itself is in when `included` is not zero.
@@ -42,6 +43,7 @@ extern template class QUELT_CORE_API QueltInTyped<QueltEeTreeSelection, QueltInO
 class QUELT_CORE_API QueltEeTreeSelection : public QueltInTyped<QueltEeTreeSelection, QueltInObject> {
 public:
     static constexpr const char* s_className = "QueltEeTreeSelection";
+    ~QueltEeTreeSelection() override;
 };
 
 class QueltEeTreeSeriesSelection;

@@ -3,3 +3,5 @@
 #include "infrastructure/QueltInTypedDefinition.h"
 
 template class QueltInTyped<QueltEeExpression, QueltInObject>;
+
+QueltEeExpression::~QueltEeExpression() = default;

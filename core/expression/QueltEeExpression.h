@@ -11,6 +11,7 @@ extern template class QUELT_CORE_API QueltInTyped<QueltEeExpression, QueltInObje
 class QUELT_CORE_API QueltEeExpression : public QueltInTyped<QueltEeExpression, QueltInObject> {
 public:
     static constexpr const char* s_className = "QueltEeExpression";
+    ~QueltEeExpression() override;
 
     /// Runs `visitor` over the expression; the first negative result ends the walk and is returned, else the
     /// last one.

@@ -17,6 +17,8 @@ template class QueltInTyped<QueltEeEffLeaf, QueltEeNodeElementaryLeaf>;
 template class QueltInTyped<QueltEeVarEffLeaf, QueltEeNodeElementaryLeaf>;
 template class QueltInTyped<QueltEeRestrictionEffLeaf, QueltEeNodeElementaryLeaf>;
 
+QueltEeNodeLeaf::~QueltEeNodeLeaf() = default;
+
 namespace {
 
 using OwnedTree = std::unique_ptr<QueltEeNodeRef>;

@@ -12,6 +12,7 @@ extern template class QUELT_CORE_API QueltInTyped<QueltEeNodeLeaf, QueltEeNode>;
 class QUELT_CORE_API QueltEeNodeLeaf : public QueltInTyped<QueltEeNodeLeaf, QueltEeNode> {
 public:
     static constexpr const char* s_className = "QueltEeNodeLeaf";
+    ~QueltEeNodeLeaf() override;
 };
 
 class QueltEeTrue;

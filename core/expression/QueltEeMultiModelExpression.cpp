@@ -165,6 +165,10 @@ QueltInString QueltEeExpressionOperation::toString() const {
     return text.take();
 }
 
+const char* QueltEeChangeExpression::kindName() const {
+    return "change";
+}
+
 QueltEeEffectivityExpression::~QueltEeEffectivityExpression() {
     for (const QueltEeExpressionOperation* const operation : m_operations) {
         delete operation;
@@ -193,6 +197,10 @@ long QueltEeEffectivityExpression::addOperation(QueltEeExpressionOperation::Oper
     m_operations.reserve(std::size_t{m_operations.size()} + 1);
     m_operations.push_back(new QueltEeExpressionOperation(kind, object));
     return S_OK;
+}
+
+const char* QueltEeEffectivityExpression::kindName() const {
+    return "effectivity";
 }
 
 QueltInString QueltEeEffectivityExpression::describeOperations() const {

@@ -118,7 +118,7 @@ public:
     QueltEeChangeExpression() = default;
 
 protected:
-    [[nodiscard]] const char* kindName() const override { return "change"; }
+    [[nodiscard]] const char* kindName() const override;
 };
 
 class QueltEeExpressionOperation;
@@ -176,7 +176,7 @@ public:
     }
 
 protected:
-    [[nodiscard]] const char* kindName() const override { return "effectivity"; }
+    [[nodiscard]] const char* kindName() const override;
     [[nodiscard]] QueltInString describeOperations() const override;
 
 private:

@@ -20,6 +20,7 @@ extern template class QUELT_CORE_API QueltInTyped<QueltEeNodeVisitor, QueltInObj
 class QUELT_CORE_API QueltEeNodeVisitor : public QueltInTyped<QueltEeNodeVisitor, QueltInObject> {
 public:
     static constexpr const char* s_className = "QueltEeNodeVisitor";
+    ~QueltEeNodeVisitor() override;
 
     /// Visits the constant FALSE. Every visit returns a result code; a negative one ends the walk over a list
     /// or over children (QueltEeExpression::runConstVisitor, QueltEeOperator::childrenAcceptVisitor).

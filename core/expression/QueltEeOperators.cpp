@@ -16,6 +16,8 @@ template class QueltInTyped<QueltEeSingleOp, QueltEeOperator>;
 template class QueltInTyped<QueltEeNotOp, QueltEeSingleOp>;
 template class QueltInTyped<QueltEeNotDomainOp, QueltEeSingleOp>;
 
+QueltEeOperator::~QueltEeOperator() = default;
+
 namespace {
 
 QueltEeNodeRef* asReference(QueltInObject* child) {

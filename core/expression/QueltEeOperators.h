@@ -15,6 +15,7 @@ extern template class QUELT_CORE_API QueltInTyped<QueltEeOperator, QueltEeNode>;
 class QUELT_CORE_API QueltEeOperator : public QueltInTyped<QueltEeOperator, QueltEeNode> {
 public:
     static constexpr const char* s_className = "QueltEeOperator";
+    ~QueltEeOperator() override;
 
     /// Deletes the children that the node owns, and its aliases.
     virtual void deleteChildren() = 0;

@@ -134,7 +134,7 @@ void QueltInArena::letGoOfShares() noexcept {
     }
     // Clearing visits every bucket: those of one large conversion would be paid for by all behind it.
     if (m_shares.bucket_count() > s_mostBucketsKept) {
-        m_shares = {};
+        decltype(m_shares)().swap(m_shares); // an assignment of {} would keep them
     } else {
         m_shares.clear();
     }

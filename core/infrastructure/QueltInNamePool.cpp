@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <memory>
 #include <mutex>
+#include <new>
 #include <shared_mutex>
 #include <unordered_map>
 
@@ -28,8 +29,17 @@ public:
     /// The pool of the process. It is never destroyed, since names with static storage may go after
     /// everything else.
     static NamePool& instance() {
-        static NamePool* const pool = new NamePool;
+        alignas(NamePool) static std::byte storage[sizeof(NamePool)];
+        static NamePool* const pool = new (storage) NamePool;
         return *pool;
+    }
+
+    /// Gives back the memory of the pool itself when nobody bears a name.
+    void trim() noexcept {
+        const std::unique_lock lock(m_mutex);
+        if (m_entries.empty()) {
+            decltype(m_entries)().swap(m_entries); // which clearing would not do
+        }
     }
 
     /// The entry of `text`, with one share more.
@@ -78,6 +88,12 @@ private:
     std::shared_mutex m_mutex;
     std::unordered_map<std::string_view, NameEntry*, quelt::KeyedTextHash> m_entries; // of the entries' texts
 };
+
+/// Lets nothing of an empty pool stay behind when the library is unloaded.
+struct PoolTrimmer {
+    ~PoolTrimmer() { NamePool::instance().trim(); }
+};
+const PoolTrimmer s_poolTrimmer;
 
 void letGo(void* entry) noexcept {
     NamePool::instance().removeShare(static_cast<NameEntry*>(entry));

@@ -7,6 +7,7 @@
 #include <charconv>
 #include <cstddef>
 #include <cstdint>
+#include <mutex>
 #include <span>
 #include <string>
 #include <string_view>
@@ -30,17 +31,16 @@ struct OpenLine {
 constexpr std::size_t s_mostOpenLines = 64;
 /// A text with more room than this is not kept for the next line.
 constexpr std::size_t s_mostRoomKept = 4096;
+/// Nor is the room for more methods than this.
+constexpr std::size_t s_mostMethodsKept = 256;
 
 /// What a thread has begun and not ended, the innermost last.
 class ThreadTrace {
 public:
-    ThreadTrace() noexcept;
-    ~ThreadTrace();
-    ThreadTrace(const ThreadTrace&) = delete;
-    ThreadTrace& operator=(const ThreadTrace&) = delete;
-
     std::vector<OpenMethod> methods;
+    ThreadTrace* nextIdle = nullptr;
 
+    [[nodiscard]] bool isIdle() const noexcept { return m_open == 0 && methods.empty(); }
     [[nodiscard]] std::span<OpenLine> openLines() noexcept { return {m_lines.data(), m_open}; }
 
     std::string& begin(const QueltInTraceClass* object, int level) {
@@ -82,30 +82,61 @@ private:
     std::size_t m_open = 0;
 };
 
+// A thread has a state only while something of it is open. One for good would have to be destroyed with the
+// thread, and the library could not be unloaded before the last thread that ever traced has ended.
 thread_local constinit ThreadTrace* t_pTrace = nullptr;
-thread_local constinit bool t_isOver = false;
 
-ThreadTrace::ThreadTrace() noexcept {
-    t_pTrace = this;
-}
+constinit std::mutex s_idleMutex;
+constinit ThreadTrace* s_pFirstIdle = nullptr;
 
-ThreadTrace::~ThreadTrace() {
-    t_pTrace = nullptr;
-    t_isOver = true;
-}
-
-ThreadTrace* makeForThread() noexcept {
-    if (!t_isOver) {
-        thread_local ThreadTrace trace;
+ThreadTrace* takeIdle() noexcept {
+    const std::lock_guard lock(s_idleMutex);
+    ThreadTrace* const idle = s_pFirstIdle;
+    if (idle != nullptr) {
+        s_pFirstIdle = std::exchange(idle->nextIdle, nullptr);
     }
-    return t_pTrace;
+    return idle;
 }
 
-/// The state of this thread, null when the thread is so near its end that it is gone: what is destroyed later
-/// than thread_local objects, such as statics on the main thread, traces nothing.
-ThreadTrace* ofThread() noexcept {
-    return t_pTrace != nullptr ? t_pTrace : makeForThread();
+/// Deletes the idle states when the library is unloaded.
+struct IdleStatesOwner {
+    ~IdleStatesOwner() {
+        while (const ThreadTrace* const idle = takeIdle()) {
+            delete idle;
+        }
+    }
+};
+const IdleStatesOwner s_idleStatesOwner;
+
+/// The state of this thread, for what is about to be begun.
+ThreadTrace& ofThread() {
+    if (t_pTrace == nullptr) {
+        t_pTrace = takeIdle();
+    }
+    if (t_pTrace == nullptr) {
+        t_pTrace = new ThreadTrace;
+    }
+    return *t_pTrace;
 }
+
+/// At its end the thread gives its state up, unless something is still open.
+class Ending {
+public:
+    Ending() = default;
+    ~Ending() {
+        if (t_pTrace == nullptr || !t_pTrace->isIdle()) {
+            return;
+        }
+        if (t_pTrace->methods.capacity() > s_mostMethodsKept) {
+            std::vector<OpenMethod>().swap(t_pTrace->methods);
+        }
+        const std::lock_guard lock(s_idleMutex);
+        t_pTrace->nextIdle = s_pFirstIdle;
+        s_pFirstIdle = std::exchange(t_pTrace, nullptr);
+    }
+    Ending(const Ending&) = delete;
+    Ending& operator=(const Ending&) = delete;
+};
 
 /// The innermost of `all` for which `isIt` holds, null when there is none.
 template <class Opened, class IsIt>
@@ -119,10 +150,9 @@ Opened* innermost(std::span<Opened> all, IsIt isIt) {
 }
 
 OpenLine* innermostLine(const QueltInTraceClass* object) {
-    ThreadTrace* const trace = ofThread();
-    return trace == nullptr
-               ? nullptr
-               : innermost(trace->openLines(), [&](const OpenLine& line) { return line.object == object; });
+    return t_pTrace == nullptr ? nullptr : innermost(t_pTrace->openLines(), [&](const OpenLine& line) {
+        return line.object == object;
+    });
 }
 
 OpenMethod* innermostMethod(ThreadTrace& trace, const QueltInTraceClass* object) {
@@ -152,24 +182,24 @@ int QueltInTraceClass::isWantedHere() noexcept {
 }
 
 void QueltInTraceClass::SetMethod(const char* name) {
-    if (ThreadTrace* const trace = ofThread(); trace != nullptr) {
-        trace->methods.push_back({this, name != nullptr ? name : ""});
-    }
+    const Ending ending; // for when there is no memory
+    ofThread().methods.push_back({this, name != nullptr ? name : ""});
 }
 
 void QueltInTraceClass::RemoveMethod() noexcept {
-    ThreadTrace* const trace = ofThread();
+    ThreadTrace* const trace = t_pTrace;
     if (trace == nullptr) {
         return;
     }
+    const Ending ending;
     if (const OpenMethod* const method = innermostMethod(*trace, this); method != nullptr) {
         trace->methods.erase(trace->methods.begin() + (method - trace->methods.data()));
     }
 }
 
-std::string* QueltInTraceClass::beginLine(int level) {
-    ThreadTrace* const trace = ofThread();
-    return trace != nullptr ? &trace->begin(this, level) : nullptr;
+std::string& QueltInTraceClass::beginLine(int level) {
+    const Ending ending; // for when there is no memory
+    return ofThread().begin(this, level);
 }
 
 void QueltInTraceClass::append(std::string& text, const char* piece) {
@@ -224,10 +254,11 @@ void QueltInTraceClass::endTrace(int level) {
 }
 
 void QueltInTraceClass::endTraceWithLineNumber(int level, int line) {
-    ThreadTrace* const trace = ofThread();
+    ThreadTrace* const trace = t_pTrace;
     if (trace == nullptr) {
         return;
     }
+    const Ending ending;
     OpenLine* const begun = innermost(
         trace->openLines(), [&](const OpenLine& open) { return open.object == this && open.level == level; });
     if (begun == nullptr) {
@@ -236,7 +267,9 @@ void QueltInTraceClass::endTraceWithLineNumber(int level, int line) {
     const OpenMethod* const method = innermostMethod(*trace, this);
     std::string text = trace->end(*begun);
     deliver({m_className, m_domainName, method != nullptr ? method->name : "", level, line, text});
-    trace->reuse(std::move(text));
+    if (t_pTrace == trace) { // a sink that traces may have given it up
+        trace->reuse(std::move(text));
+    }
 }
 
 void QueltInTraceClass::deliver(const QueltInTraceLine& line) {

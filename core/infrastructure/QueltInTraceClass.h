@@ -45,10 +45,9 @@ public:
     /// the line each time.
     template <class... Pieces>
     void writeMessage(Pieces... pieces) {
-        if (std::string* const text = beginLine(0); text != nullptr) {
-            (append(*text, pieces), ...);
-            endTrace(0);
-        }
+        std::string& text = beginLine(0);
+        (append(text, pieces), ...);
+        endTrace(0);
     }
     /// Ends the line started at `level` and hands it to the sink.
     void endTrace(int level);
@@ -70,8 +69,8 @@ private:
     friend class QueltInTraceSink;
 
     [[nodiscard]] static int isWantedHere() noexcept;
-    /// Starts a line and gives its text; null when the thread traces nothing any more.
-    std::string* beginLine(int level);
+    /// Starts a line and gives its text.
+    std::string& beginLine(int level);
     template <class Piece>
     QueltInTraceClass& appendToOpenLine(Piece piece);
     static void append(std::string& text, const char* piece);

@@ -3,11 +3,13 @@
 #include "infrastructure/QueltInTraceClass.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
 #include <mutex>
+#include <new>
 #include <string>
 #include <utility>
 
@@ -52,7 +54,8 @@ struct CloseFile {
     void operator()(std::FILE* file) const noexcept { static_cast<void>(std::fclose(file)); }
 };
 
-// Where the platform's names are wide, narrow ones cannot say every path.
+// What QUELT_TRACE says now, and the file of that name. Where the platform's names are wide, narrow ones
+// cannot say every path.
 #if defined(_WIN32)
 std::filesystem::path traceVariable() {
     const wchar_t* const value = ::_wgetenv(L"QUELT_TRACE");
@@ -78,10 +81,20 @@ public:
     explicit DefaultSink(std::filesystem::path path) : m_path(std::move(path)) {}
 
     void write(const QueltInTraceLine& line) override {
+        if (m_isClosed) {
+            return;
+        }
         std::FILE* const file = target();
         const std::string text = format(line);
         static_cast<void>(std::fwrite(text.data(), 1, text.size(), file));
         static_cast<void>(std::fflush(file)); // the last lines before a crash are those that matter
+    }
+
+    /// Gives everything up; lines are dropped from then on.
+    void close() noexcept {
+        m_isClosed = true;
+        m_file.reset();
+        std::filesystem::path().swap(m_path);
     }
 
 private:
@@ -99,42 +112,44 @@ private:
 
     std::filesystem::path m_path; // of the file to be opened, empty for standard error
     std::unique_ptr<std::FILE, CloseFile> m_file;
+    bool m_isClosed = false;
 };
 
-/// What QUELT_TRACE said when the library was loaded.
-struct Environment {
-    Environment() {
-        std::filesystem::path value = traceVariable();
-        if (value.empty()) {
-            return;
-        }
-        asksForAll = true;
-        if (value != "stderr") {
-            path = std::move(value);
-        }
-    }
-
-    bool asksForAll = false;
-    std::filesystem::path path;
-};
-
-/// The sink of the process and the lock around it. Never destroyed: libraries trace while they are unloaded.
+/// The sink of the process and the lock around it.
 struct Outlet {
-    const Environment environment;
-    DefaultSink defaultSink{environment.path};
+    explicit Outlet(const std::filesystem::path& asked)
+        : asksForAll(!asked.empty()), defaultSink(asked != "stderr" ? asked : std::filesystem::path()) {}
+
+    const bool asksForAll;
+    DefaultSink defaultSink;
     std::mutex mutex;
     QueltInTraceSink* replacement = nullptr;
 
+    /// Never destroyed: a thread may be writing while the process ends.
     static Outlet& instance() {
-        static Outlet* const outlet = new Outlet;
+        alignas(Outlet) static std::byte storage[sizeof(Outlet)];
+        static Outlet* const outlet = new (storage) Outlet(traceVariable());
         return *outlet;
     }
 };
+
+/// Gives back what the default sink holds when the library is unloaded; all that link the library and trace
+/// while they are unloaded have gone before.
+struct DefaultSinkCloser {
+    ~DefaultSinkCloser() {
+        Outlet& outlet = Outlet::instance();
+        const std::lock_guard lock(outlet.mutex);
+        outlet.defaultSink.close();
+    }
+};
+const DefaultSinkCloser s_defaultSinkCloser;
 
 /// Lines that a capture makes room for at its first one.
 constexpr std::size_t s_firstLines = 32;
 /// The texts of lines stand in blocks of this many bytes, which nearly every conversion gets by with one of.
 constexpr std::size_t s_blockSize = 4096;
+/// A name is kept again when so many others were kept behind it.
+constexpr std::size_t s_mostNamesLookedAt = 16;
 /// Room for more lines than this is given back with the lines.
 constexpr std::size_t s_mostLinesKept = 1024;
 
@@ -169,7 +184,7 @@ QueltInTraceSink* QueltInTraceSink::replace(QueltInTraceSink* sink) noexcept {
 }
 
 bool QueltInTraceSink::readEnvironment() {
-    const bool asksForAll = Outlet::instance().environment.asksForAll;
+    const bool asksForAll = Outlet::instance().asksForAll;
     if (asksForAll) {
         QueltInTraceClass::s_howManyWantEverything.fetch_add(1, std::memory_order_relaxed);
     }
@@ -219,6 +234,7 @@ QueltInTraceCapture* QueltInTraceCapture::innermost() noexcept {
 
 void QueltInTraceCapture::clear() noexcept {
     m_lines.clear();
+    m_names.clear();
     if (m_lines.capacity() > s_mostLinesKept) {
         m_lines.shrink_to_fit();
     }
@@ -236,7 +252,9 @@ void QueltInTraceCapture::take(const QueltInTraceLine& line, bool allWereAskedFo
     if (m_lines.empty()) {
         m_lines.reserve(s_firstLines);
     }
-    QueltInTraceLine kept = line; // the names of class and domain are static
+    QueltInTraceLine kept = line;
+    kept.className = keepName(line.className);
+    kept.domainName = keepName(line.domainName);
     kept.methodName = keep(line.methodName);
     kept.text = keep(line.text);
     m_lines.push_back(kept);
@@ -251,6 +269,18 @@ std::string_view QueltInTraceCapture::keep(std::string_view text) {
     m_pNext = kept + text.size();
     m_room -= text.size();
     return {kept, text.size()};
+}
+
+std::string_view QueltInTraceCapture::keepName(std::string_view name) {
+    // Few classes trace in one conversion, and one writes many lines in a row: the last names are looked at
+    // first.
+    const std::size_t looked = std::min(m_names.size(), s_mostNamesLookedAt);
+    const auto known =
+        std::find(m_names.rbegin(), m_names.rbegin() + static_cast<std::ptrdiff_t>(looked), name);
+    if (known != m_names.rbegin() + static_cast<std::ptrdiff_t>(looked)) {
+        return *known;
+    }
+    return m_names.emplace_back(keep(name));
 }
 
 char* QueltInTraceCapture::makeRoom(std::size_t bytes) {

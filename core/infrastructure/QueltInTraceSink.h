@@ -8,7 +8,8 @@
 #include <vector>
 
 /// One line of the trace facility as data. Its texts are not its own: a sink has them until it has written
-/// the line, of what a capture has taken they stay as long as the capture keeps the line.
+/// the line, of what a capture has taken they stay as long as the capture keeps the line, also when the
+/// library that wrote it is unloaded.
 struct QueltInTraceLine {
     /// The class of the trace object that wrote the line.
     std::string_view className;
@@ -83,13 +84,14 @@ private:
     [[nodiscard]] static QueltInTraceCapture* innermost() noexcept;
     void take(const QueltInTraceLine& line, bool allWereAskedFor);
     [[nodiscard]] std::string_view keep(std::string_view text);
-
+    [[nodiscard]] std::string_view keepName(std::string_view name);
     [[nodiscard]] char* makeRoom(std::size_t bytes);
 
     std::vector<std::unique_ptr<char[]>> m_blocks; // the first one stays when the lines are forgotten
     char* m_pNext = nullptr;
     std::size_t m_room = 0;
     std::vector<QueltInTraceLine> m_lines;
+    std::vector<std::string_view> m_names; // those of classes and domains, each kept once
     Wanted m_wanted;
     QueltInTraceCapture* m_pOuter;
 };

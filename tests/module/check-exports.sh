@@ -40,7 +40,8 @@ need() {
 list_shared_object() {
     need nm binutils
     nm -D --defined-only -C "$library" >"$work/symbols"
-    sed 's/^[0-9a-f]* *[A-Za-z] //' "$work/symbols" >"$work/names"
+    # Without the names of versions, and without the versions that names bear.
+    sed -e '/^[0-9a-f]* *A /d' -e 's/^[0-9a-f]* *[A-Za-z] //' -e 's/@@*QUELT_[A-Z_]*[0-9]*$//' "$work/symbols" >"$work/names"
 }
 
 # The names stand in a table of their own, up to an empty line: one a line, behind its numbers.

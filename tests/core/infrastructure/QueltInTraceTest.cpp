@@ -239,6 +239,33 @@ TEST(QueltInTraceCapture, LinesSurviveTheArenaTheyWereWrittenIn) {
     EXPECT_EQ(capture.lines().front().text, text);
 }
 
+TEST(QueltInTraceCapture, LinesSurviveTheLibraryThatWroteThem) {
+    QueltInTraceCapture capture(Wanted::everything);
+    for (int round = 0; round < 2; ++round) {
+        capture.clear();
+        std::vector<std::string> names; // goes as the texts of a library go when it is unloaded
+        for (int number = 0; number < 40; ++number) {
+            names.push_back("a class in a library, " + std::to_string(number));
+        }
+        for (const std::string& name : names) {
+            QueltInTraceClass trace(name.c_str(), names.front().c_str());
+            message(trace, "here");
+            message(s_trace, "there");
+        }
+        for (std::string& name : names) {
+            name.assign(name.size(), 'x');
+        }
+        names.clear();
+        ASSERT_EQ(capture.lines().size(), 80U);
+        for (std::size_t number = 0; number < 40; ++number) {
+            EXPECT_EQ(capture.lines()[2 * number].className,
+                      "a class in a library, " + std::to_string(number));
+            EXPECT_EQ(capture.lines()[2 * number].domainName, "a class in a library, 0");
+            EXPECT_EQ(capture.lines()[2 * number + 1], line("", "there"));
+        }
+    }
+}
+
 TEST(QueltInTraceSink, TakesWhatNoCaptureTakes) {
     CollectingSink sink;
     EXPECT_EQ(sink.former(), nullptr) << "null stands for the default sink";
