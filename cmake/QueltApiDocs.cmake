@@ -14,4 +14,6 @@ add_custom_command(OUTPUT "${api_docs_folder}/html/index.html"
     VERBATIM)
 add_custom_target(quelt-api-docs ALL DEPENDS "${api_docs_folder}/html/index.html")
 
-install(DIRECTORY "${api_docs_folder}/html" DESTINATION "${CMAKE_INSTALL_DOCDIR}")
+if(QUELT_INSTALL)
+    install(DIRECTORY "${api_docs_folder}/html" DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT documentation)
+endif()

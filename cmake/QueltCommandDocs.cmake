@@ -19,13 +19,15 @@ add_custom_command(OUTPUT ${command_docs}
     VERBATIM)
 add_custom_target(quelt-migrate-pages ALL DEPENDS ${command_docs})
 
-if(NOT WIN32)
+if(QUELT_INSTALL AND NOT WIN32)
     include(GNUInstallDirs)
-    install(FILES "${command_docs_folder}/quelt-migrate.1" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")
+    install(FILES "${command_docs_folder}/quelt-migrate.1" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1"
+        COMPONENT program)
     install(FILES "${command_docs_folder}/quelt-migrate.bash"
-        DESTINATION "${CMAKE_INSTALL_DATAROOTDIR}/bash-completion/completions" RENAME quelt-migrate)
+        DESTINATION "${CMAKE_INSTALL_DATAROOTDIR}/bash-completion/completions" RENAME quelt-migrate
+        COMPONENT program)
     install(FILES "${command_docs_folder}/_quelt-migrate"
-        DESTINATION "${CMAKE_INSTALL_DATAROOTDIR}/zsh/site-functions")
+        DESTINATION "${CMAKE_INSTALL_DATAROOTDIR}/zsh/site-functions" COMPONENT program)
     install(FILES "${command_docs_folder}/quelt-migrate.fish"
-        DESTINATION "${CMAKE_INSTALL_DATAROOTDIR}/fish/vendor_completions.d")
+        DESTINATION "${CMAKE_INSTALL_DATAROOTDIR}/fish/vendor_completions.d" COMPONENT program)
 endif()

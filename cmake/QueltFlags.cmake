@@ -10,9 +10,6 @@ set(CMAKE_COMPILE_WARNING_AS_ERROR "${QUELT_WARNINGS_AS_ERRORS}")
 # No absolute path gets into a binary, wherever it is built.
 set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
 
-# Of what is installed without naming a component; the host's folder has another one. QueltInstall lists them.
-set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME documentation)
-
 # Where things go, and how they are built when nothing is said, is the business of whoever is on top.
 if(PROJECT_IS_TOP_LEVEL)
     set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
