@@ -4,10 +4,10 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <charconv>
 #include <cstddef>
 #include <cstdint>
-#include <mutex>
 #include <span>
 #include <string>
 #include <string_view>
@@ -86,11 +86,27 @@ private:
 // thread, and the library could not be unloaded before the last thread that ever traced has ended.
 thread_local constinit ThreadTrace* t_pTrace = nullptr;
 
-constinit std::mutex s_idleMutex;
+constinit std::atomic_flag s_isIdleTaken;
 constinit ThreadTrace* s_pFirstIdle = nullptr;
 
+/// Keeps the idle states to one thread. No std::mutex, which not every platform makes before anything traces.
+class IdleScope {
+public:
+    IdleScope() noexcept {
+        while (s_isIdleTaken.test_and_set(std::memory_order_acquire)) {
+            s_isIdleTaken.wait(true, std::memory_order_relaxed);
+        }
+    }
+    ~IdleScope() {
+        s_isIdleTaken.clear(std::memory_order_release);
+        s_isIdleTaken.notify_one();
+    }
+    IdleScope(const IdleScope&) = delete;
+    IdleScope& operator=(const IdleScope&) = delete;
+};
+
 ThreadTrace* takeIdle() noexcept {
-    const std::lock_guard lock(s_idleMutex);
+    const IdleScope alone;
     ThreadTrace* const idle = s_pFirstIdle;
     if (idle != nullptr) {
         s_pFirstIdle = std::exchange(idle->nextIdle, nullptr);
@@ -130,7 +146,7 @@ public:
         if (t_pTrace->methods.capacity() > s_mostMethodsKept) {
             std::vector<OpenMethod>().swap(t_pTrace->methods);
         }
-        const std::lock_guard lock(s_idleMutex);
+        const IdleScope alone;
         t_pTrace->nextIdle = s_pFirstIdle;
         s_pFirstIdle = std::exchange(t_pTrace, nullptr);
     }
