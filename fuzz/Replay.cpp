@@ -16,7 +16,7 @@ int main(int count, char** folders) {
     for (int argument = 1; argument < count; ++argument) {
         for (const std::filesystem::directory_entry& file :
              std::filesystem::directory_iterator(folders[argument])) {
-            std::fprintf(stderr, "%s\n", file.path().filename().c_str());
+            std::fprintf(stderr, "%s\n", file.path().filename().string().c_str());
             std::ifstream stream(file.path(), std::ios::binary);
             const std::vector<char> bytes{std::istreambuf_iterator<char>(stream),
                                           std::istreambuf_iterator<char>()};

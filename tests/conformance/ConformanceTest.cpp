@@ -13,7 +13,7 @@ namespace {
 
 /// The answer to the case's record.
 rapidjson::Document answerTo(const Case& one, ConvertOptions options) {
-    const std::string text = answerTo(*loadContext(one.context), one.record, options);
+    const std::string text = test::answerTo(*loadContext(one.context), one.record, options);
     rapidjson::Document answer;
     answer.Parse(text.data(), text.size());
     return answer;

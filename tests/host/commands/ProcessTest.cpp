@@ -123,10 +123,10 @@ TEST_F(ProcessTest, readsNoDirectory) {
 
 TEST_F(ProcessTest, pathsOfAllKinds) {
     const std::string longName(200, 'l'); // two of them are more than the 260 characters of old interfaces
-    for (const std::string name : {std::string("with blanks & (signs)"),
-                                   std::string("Gr\xC3\xB6\xC3\x9F"
-                                               "e \xE5\xA4\xA7\xE5\xB0\x8F \xF0\x9F\x9A\x9A"),
-                                   longName + "/" + longName}) {
+    for (const std::string& name : {std::string("with blanks & (signs)"),
+                                    std::string("Gr\xC3\xB6\xC3\x9F"
+                                                "e \xE5\xA4\xA7\xE5\xB0\x8F \xF0\x9F\x9A\x9A"),
+                                    longName + "/" + longName}) {
         const test::TemporaryFolder inner(folder, name);
         context = inner.write("context.json", sampleContext());
         const std::string records = inner.write("records.ndjson", record);

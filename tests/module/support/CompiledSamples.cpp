@@ -7,12 +7,6 @@
 
 namespace quelt::test {
 
-QueltInGuid guidOf(std::uint8_t number) {
-    QueltInGuid::Bytes bytes{};
-    bytes.back() = number;
-    return QueltInGuid(bytes);
-}
-
 std::string guidTextOf(std::uint8_t number) {
     return std::string(guidOf(number).toString().view());
 }

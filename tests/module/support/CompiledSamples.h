@@ -4,6 +4,7 @@
 #include "compiled/QueltFltEffectivity.h"
 #include "effectivity/QueltEeEffectivity.h"
 #include "effectivity/QueltEeNamedValueEff.h"
+#include "module/support/Guids.h"
 
 #include <cstdint>
 #include <initializer_list>
@@ -14,9 +15,7 @@
 
 namespace quelt::test {
 
-/// The GUID that ends in `number`.
-[[nodiscard]] QueltInGuid guidOf(std::uint8_t number);
-/// Its text.
+/// The text of guidOf(number).
 [[nodiscard]] std::string guidTextOf(std::uint8_t number);
 
 /// A literal on the change with the GUID that ends in `number`, or on the option with it.

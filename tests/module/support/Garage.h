@@ -6,14 +6,9 @@
 #include "dictionary/QueltEeTreeSeriesVar.h"
 #include "effectivity/QueltEeEffectivity.h"
 #include "expression/QueltEeExpressionContext.h"
+#include "module/support/Guids.h"
 
 namespace quelt::test {
-
-inline QueltInGuid guidOf(unsigned char number) {
-    QueltInGuid::Bytes bytes{};
-    bytes.back() = number;
-    return QueltInGuid(bytes);
-}
 
 /// Two dictionaries, Truck and Van, with what the tests of the module need of them. The context is the
 /// caller's choice, so that a double can stand for it.
