@@ -7,6 +7,8 @@ set(CMAKE_CXX_VISIBILITY_PRESET hidden)
 set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 set(CMAKE_COMPILE_WARNING_AS_ERROR "${QUELT_WARNINGS_AS_ERRORS}")
+# Sources have names of their own in unnamed namespaces, which would meet if a project that takes this one in joined them.
+set(CMAKE_UNITY_BUILD OFF)
 # No absolute path gets into a binary, wherever it is built.
 set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
 
