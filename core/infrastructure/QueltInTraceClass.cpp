@@ -241,28 +241,32 @@ QueltInTraceClass& QueltInTraceClass::beginTrace(int level) {
     return *this;
 }
 
-template <class Piece>
-QueltInTraceClass& QueltInTraceClass::appendToOpenLine(Piece piece) {
+QueltInTraceClass& QueltInTraceClass::operator<<(const char* text) {
     if (OpenLine* const line = innermostLine(this); line != nullptr) {
-        append(line->text, piece);
+        append(line->text, text);
     }
     return *this;
 }
 
-QueltInTraceClass& QueltInTraceClass::operator<<(const char* text) {
-    return appendToOpenLine(text);
-}
-
 QueltInTraceClass& QueltInTraceClass::operator<<(int number) {
-    return appendToOpenLine(number);
+    if (OpenLine* const line = innermostLine(this); line != nullptr) {
+        append(line->text, number);
+    }
+    return *this;
 }
 
 QueltInTraceClass& QueltInTraceClass::operator<<(unsigned int number) {
-    return appendToOpenLine(number);
+    if (OpenLine* const line = innermostLine(this); line != nullptr) {
+        append(line->text, number);
+    }
+    return *this;
 }
 
 QueltInTraceClass& QueltInTraceClass::operator<<(const void* pointer) {
-    return appendToOpenLine(pointer);
+    if (OpenLine* const line = innermostLine(this); line != nullptr) {
+        append(line->text, pointer);
+    }
+    return *this;
 }
 
 void QueltInTraceClass::endTrace(int level) {

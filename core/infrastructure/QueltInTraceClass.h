@@ -71,8 +71,6 @@ private:
     [[nodiscard]] static int isWantedHere() noexcept;
     /// Starts a line and gives its text.
     std::string& beginLine(int level);
-    template <class Piece>
-    QueltInTraceClass& appendToOpenLine(Piece piece);
     static void append(std::string& text, const char* piece);
     static void append(std::string& text, int number);
     static void append(std::string& text, unsigned int number);
