@@ -150,7 +150,7 @@ TEST_F(QueltInTraceEnvironmentDeathTest, NamesStandardError) {
 }
 
 TEST_F(QueltInTraceEnvironmentDeathTest, NamesAFileThatIsAppendedTo) {
-    std::ofstream(m_file) << "there before\n";
+    std::ofstream(m_file, std::ios::binary) << "there before\n";
     setTraceVariable(m_file.string());
     EXPECT_EXIT(traceAndEnd(), testing::ExitedWithCode(0), "^$");
     std::string whole = "there before\n";

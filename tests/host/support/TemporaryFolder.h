@@ -1,9 +1,5 @@
 #pragma once
 
-#if defined(_WIN32)
-#include "platform/WindowsText.h"
-#endif
-
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -22,16 +18,16 @@ public:
             m_path = std::filesystem::temp_directory_path() / ("quelt-host-" + std::to_string(random()));
         } while (!std::filesystem::create_directory(m_path));
     }
-    /// One with a name of its own, in `outer`.
-    TemporaryFolder(const TemporaryFolder& outer, const std::string& name) : m_path(outer.m_path / name) {
-        std::filesystem::create_directories(native(m_path));
+    /// A folder of the relative path `name` in `outer`.
+    TemporaryFolder(const TemporaryFolder& outer, const std::filesystem::path& name) : m_path(outer.m_path) {
+        for (const std::filesystem::path& part : name) {
+            m_path /= part;
+            std::filesystem::create_directory(native(m_path));
+        }
     }
     TemporaryFolder(const TemporaryFolder&) = delete;
     TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-    ~TemporaryFolder() {
-        std::error_code ignored;
-        std::filesystem::remove_all(native(m_path), ignored);
-    }
+    ~TemporaryFolder() { removeAll(m_path); }
 
     [[nodiscard]] std::string path(const std::string& name = {}) const { return (m_path / name).string(); }
     /// Writes a file and answers its path.
@@ -46,13 +42,8 @@ public:
 
 private:
     /// The form in which the system takes paths of any length.
-    static std::filesystem::path native(const std::filesystem::path& path) {
-#if defined(_WIN32)
-        return toNativePath(path.string());
-#else
-        return path;
-#endif
-    }
+    static std::filesystem::path native(const std::filesystem::path& path);
+    static void removeAll(const std::filesystem::path& path);
 
     std::filesystem::path m_path;
 };
