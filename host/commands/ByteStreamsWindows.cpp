@@ -141,6 +141,12 @@ std::size_t pieceForConsole(std::string_view bytes) {
     return size;
 }
 
+/// What made writing fail. The runtime knows no error number for a pipe that nobody reads any more.
+int writingError() noexcept {
+    const unsigned long code = _doserrno;
+    return code == ERROR_NO_DATA || code == ERROR_BROKEN_PIPE ? EPIPE : errno;
+}
+
 class DescriptorSink : public ByteSink {
 public:
     DescriptorSink(int number, bool isOwned)
@@ -151,7 +157,7 @@ public:
             const std::size_t size = m_isConsole ? pieceForConsole(bytes) : std::min(bytes.size(), s_most);
             const int count = ::_write(m_descriptor.number(), bytes.data(), static_cast<unsigned int>(size));
             if (count <= 0) {
-                throw StreamFailure(count == 0 ? ENOSPC : errno);
+                throw StreamFailure(count == 0 ? ENOSPC : writingError());
             }
             bytes.remove_prefix(static_cast<std::size_t>(count));
         }
