@@ -1,6 +1,7 @@
 #include "commands/RecordsCommand.h"
 
 #include "commands/Summary.h"
+#include "platform/Program.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -85,7 +86,8 @@ ExitStatus RecordsCommand::answerRecords(Console& console) {
     const auto openedAnswers = openUnlessOwn(m_answersPath, openSink, "cannot write the answers ");
     ByteSink& answers = openedAnswers ? *openedAnswers : console.output;
     if (!openedRecords && console.inputIsTerminal) {
-        writeMessage(console, "reading records from the terminal, one JSON object a line; Ctrl-D ends");
+        writeMessage(console, std::string("reading records from the terminal, one JSON object a line; ") +
+                                  endOfInputKeys() + " ends");
     }
 
     Progress progress(console, records.size());

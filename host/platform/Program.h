@@ -28,6 +28,9 @@ private:
 /// The arguments behind the program's name, in UTF-8.
 [[nodiscard]] std::vector<std::string> programArguments(int count, char** arguments);
 
+/// What a person types to end the input, for messages.
+[[nodiscard]] const char* endOfInputKeys() noexcept;
+
 /// Whether a person sits at the other end of a standard stream (0, 1 or 2).
 [[nodiscard]] bool isTerminal(int descriptor);
 

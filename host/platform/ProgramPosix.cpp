@@ -19,6 +19,10 @@ std::vector<std::string> programArguments(int count, char** arguments) {
     return {arguments + 1, arguments + count};
 }
 
+const char* endOfInputKeys() noexcept {
+    return "Ctrl-D";
+}
+
 bool isTerminal(int descriptor) {
     return ::isatty(descriptor) != 0;
 }

@@ -62,6 +62,10 @@ std::vector<std::string> programArguments(int, char**) {
     return result;
 }
 
+const char* endOfInputKeys() noexcept {
+    return "Ctrl-Z, Enter";
+}
+
 bool isTerminal(int descriptor) {
     DWORD mode = 0;
     // NOLINTNEXTLINE(performance-no-int-to-ptr): the runtime hands out handles as numbers

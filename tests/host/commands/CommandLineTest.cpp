@@ -1,6 +1,7 @@
 // The command line with streams in memory; ProcessTest runs the program itself.
 
 #include "commands/CommandLine.h"
+#include "platform/Program.h"
 
 #include "host/support/MemoryStreams.h"
 #include "host/support/RandomCompiled.h"
@@ -255,8 +256,8 @@ TEST_F(CommandLineTest, saysThatItReadsFromATerminal) {
     EXPECT_EQ(runCommandLine({"convert", "--context", context}, console), ExitStatus::success);
     EXPECT_THAT(
         messages.str(),
-        StartsWith(
-            "quelt-migrate: reading records from the terminal, one JSON object a line; Ctrl-D ends\n"));
+        StartsWith(std::string("quelt-migrate: reading records from the terminal, one JSON object a line; ") +
+                   endOfInputKeys() + " ends\n"));
     messages.str("");
     const std::string records = folder.write("records.ndjson", s_record);
     EXPECT_EQ(runCommandLine({"convert", "--context", context, records}, console), ExitStatus::success);
