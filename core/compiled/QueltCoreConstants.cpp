@@ -1,5 +1,3 @@
-#if defined(_WIN32)
-
 #include "compiled/QueltCompiledBinaryParser.h"
 #include "compiled/QueltDnf.h"
 #include "compiled/QueltFltDomainEffectivity.h"
@@ -30,5 +28,3 @@ namespace {
 };
 
 } // namespace
-
-#endif
