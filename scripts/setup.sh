@@ -12,7 +12,7 @@ packages=(
     libgtest-dev libgmock-dev libbenchmark-dev   # tests and benchmarks
     binutils python3 clang-format-14             # checks that the tests run
     doxygen groff-base zsh fish                  # documentation, and what tries it
-    git dpkg-dev pkg-config gzip                 # packages, and their tests
+    git dpkg-dev file pkg-config gzip            # packages, and their tests
     abigail-tools                                # the comparison of binary interfaces
 )
 case ${1:-} in

@@ -16,13 +16,24 @@ trap 'rm -rf "$work"' EXIT
 mkdir -p "$work/lists/partial" "$work/archives/partial"
 # Source packages come from where the binary ones do, which apt's own settings need not say.
 distribution=$(. /etc/os-release && echo "$VERSION_CODENAME")
-mirror=$(apt-get indextargets --format '$(CREATED_BY) $(SITE) $(RELEASE) $(COMPONENT)' |
-    sed -n "s/^Packages \([^ ]*\) $distribution main$/\1/p" | head -n 1)
-if [ -z "$mirror" ]; then
+mirrors() {
+    apt-get "$@" indextargets --format '$(CREATED_BY) $(CODENAME) $(COMPONENT) $(SITE) $(RELEASE)' |
+        sed -n "s/^Packages $distribution main //p"
+}
+known=$(mirrors)
+if [ -z "$known" ]; then # apt has no lists yet, as in small images
+    mkdir -p "$work/all/partial"
+    own=(-o "Dir::State::Lists=$work/all" -o APT::Sandbox::User= -o Dir::Cache::srcpkgcache= -o Dir::Cache::pkgcache=)
+    apt-get "${own[@]}" update >"$work/log" 2>&1 || true
+    known=$(mirrors "${own[@]}")
+fi
+if [ -z "$known" ]; then
+    cat "$work/log" >&2 || true
     echo "setup: apt knows no mirror of $distribution" >&2
     exit 2
 fi
-echo "deb-src $mirror $distribution main" >"$work/sources.list"
+read -r mirror release <<<"$known"
+echo "deb-src $mirror $release main" >"$work/sources.list"
 options=(-o "Dir::Etc::SourceList=$work/sources.list" -o Dir::Etc::SourceParts=/dev/null
     -o "Dir::State::Lists=$work/lists" -o "Dir::Cache::Archives=$work/archives" -o APT::Sandbox::User=
     -o Dir::Cache::srcpkgcache= -o Dir::Cache::pkgcache=)

@@ -34,10 +34,11 @@ public:
         return *pool;
     }
 
-    /// Gives back the memory of the pool itself when nobody bears a name.
+    /// Gives back the memory of the pool itself when nobody bears a name. Does not wait: a process that ends
+    /// may have ended the thread that holds the lock.
     void trim() noexcept {
-        const std::unique_lock lock(m_mutex);
-        if (m_entries.empty()) {
+        const std::unique_lock lock(m_mutex, std::try_to_lock);
+        if (lock.owns_lock() && m_entries.empty()) {
             decltype(m_entries)().swap(m_entries); // which clearing would not do
         }
     }

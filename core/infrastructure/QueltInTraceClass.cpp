@@ -114,9 +114,13 @@ ThreadTrace* takeIdle() noexcept {
     return idle;
 }
 
-/// Deletes the idle states when the library is unloaded.
+/// Deletes the idle states when the library is unloaded. Does not wait: a process that ends may have ended
+/// the thread that was about to take one.
 struct IdleStatesOwner {
     ~IdleStatesOwner() {
+        if (s_isIdleTaken.test()) {
+            return;
+        }
         while (const ThreadTrace* const idle = takeIdle()) {
             delete idle;
         }

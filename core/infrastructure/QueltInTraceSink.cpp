@@ -62,7 +62,11 @@ std::filesystem::path traceVariable() {
     return value != nullptr ? value : L"";
 }
 std::FILE* openToAppend(const std::filesystem::path& path) {
-    return ::_wfopen(path.c_str(), L"ab");
+    constexpr std::size_t longest = 259; // longer paths need the prefix, which wants the whole path
+    std::error_code ignored;
+    const std::filesystem::path whole = std::filesystem::absolute(path, ignored).make_preferred();
+    const bool isLong = whole.native().size() > longest;
+    return ::_wfopen(isLong ? (LR"(\\?\)" + whole.native()).c_str() : path.c_str(), L"ab");
 }
 #else
 std::filesystem::path traceVariable() {
@@ -138,8 +142,11 @@ struct Outlet {
 struct DefaultSinkCloser {
     ~DefaultSinkCloser() {
         Outlet& outlet = Outlet::instance();
-        const std::lock_guard lock(outlet.mutex);
-        outlet.defaultSink.close();
+        // Does not wait: a process that ends may have ended the thread that holds the lock.
+        const std::unique_lock lock(outlet.mutex, std::try_to_lock);
+        if (lock.owns_lock()) {
+            outlet.defaultSink.close();
+        }
     }
 };
 const DefaultSinkCloser s_defaultSinkCloser;

@@ -92,7 +92,7 @@ public:
     explicit ConsoleSource(int descriptor) : m_handle(handleOf(descriptor)) {}
 
     std::size_t read(char* data, std::size_t size) override {
-        if (m_text.empty() && !m_isOver) {
+        while (m_text.empty() && !m_isOver) {
             readLine();
         }
         const std::size_t count = std::min(size, m_text.size());
@@ -154,12 +154,7 @@ public:
 
     void write(std::string_view bytes) override {
         while (!bytes.empty()) {
-            const std::size_t size = m_isConsole ? pieceForConsole(bytes) : std::min(bytes.size(), s_most);
-            const int count = ::_write(m_descriptor.number(), bytes.data(), static_cast<unsigned int>(size));
-            if (count <= 0) {
-                throw StreamFailure(count == 0 ? ENOSPC : writingError());
-            }
-            bytes.remove_prefix(static_cast<std::size_t>(count));
+            bytes.remove_prefix(m_isConsole ? writeToConsole(bytes) : writeBytes(bytes));
         }
     }
     void finish() override {
@@ -172,6 +167,26 @@ public:
     }
 
 private:
+    [[nodiscard]] std::size_t writeBytes(std::string_view bytes) const {
+        const auto size = static_cast<unsigned int>(std::min(bytes.size(), s_most));
+        const int count = ::_write(m_descriptor.number(), bytes.data(), size);
+        if (count <= 0) {
+            throw StreamFailure(count == 0 ? ENOSPC : writingError());
+        }
+        return static_cast<std::size_t>(count);
+    }
+    /// As text: the console's code page, which other programs share, does not matter then.
+    [[nodiscard]] std::size_t writeToConsole(std::string_view bytes) const {
+        const std::size_t size = pieceForConsole(bytes);
+        const std::wstring text = toUtf16(bytes.substr(0, size));
+        DWORD count = 0;
+        if (::WriteConsoleW(handleOf(m_descriptor.number()), text.data(), static_cast<DWORD>(text.size()),
+                            &count, nullptr) == 0) {
+            throw StreamFailure(EIO);
+        }
+        return size;
+    }
+
     Descriptor m_descriptor;
     bool m_isConsole;
 };

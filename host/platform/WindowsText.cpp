@@ -35,11 +35,8 @@ std::wstring toUtf16(std::string_view text) {
 std::wstring toNativePath(std::string_view path) {
     constexpr std::size_t longest = MAX_PATH - 12; // what a folder may have, to hold names of the old kind
     const std::wstring name = toUtf16(path);
-    if (name.size() < longest || name.starts_with(LR"(\\?\)") || name.starts_with(LR"(\\.\)")) {
-        return name;
-    }
     const std::wstring full = absolute(name);
-    if (full.empty()) {
+    if (full.size() < longest || full.starts_with(LR"(\\?\)") || full.starts_with(LR"(\\.\)")) {
         return name;
     }
     return full.starts_with(LR"(\\)") ? LR"(\\?\UNC\)" + full.substr(2) : LR"(\\?\)" + full;

@@ -49,9 +49,8 @@ def on_console(command, typed="", until=None):
         if status is None:
             ended, code = os.waitpid(child, os.WNOHANG)
             status = os.waitstatus_to_exitcode(code) if ended else None
-    if status is None and until:
-        os.kill(child, signal.SIGKILL)
     if status is None:
+        os.kill(child, signal.SIGKILL)
         status = os.waitstatus_to_exitcode(os.waitpid(child, 0)[1])
     os.close(terminal)
     return without_steering(shown), status

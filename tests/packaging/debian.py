@@ -24,14 +24,14 @@ CONTENTS = {
                     + [r"include/quelt/QueltEeTarselMigrationServices\.h", r"include/quelt/([a-z]+/)?Quelt\w+\.h"],
     "quelt-doc": [rf"share/doc/QueltDataMigration/{name}"
                   for name in (r"README\.md", r"CHANGELOG\.md", "LICENSE", "COPYRIGHT", r"docs/[\w./-]+",
-                               r"examples/[\w./-]+")],
-    "quelt-migrate": [r"bin/quelt-migrate"],
+                               r"examples/[\w./-]+", r"html/index\.html")],
+    "quelt-migrate": [r"bin/quelt-migrate", r"share/man/man1/quelt-migrate\.1(\.gz)?",
+                      r"share/bash-completion/completions/quelt-migrate", r"share/zsh/[\w-]+/_quelt-migrate",
+                      r"share/fish/vendor_completions\.d/quelt-migrate\.fish"],
 }
-# What may be there, too: it comes with the tools that make it.
+# What may be there, too.
 OPTIONAL = {
     "quelt-doc": [r"share/doc/QueltDataMigration/[\w./-]+"],
-    "quelt-migrate": [r"share/man/man1/quelt-migrate[\w-]*\.1(\.gz)?",
-                      r"share/(bash-completion/completions|zsh/[\w-]+|fish/vendor_completions\.d)/[\w.-]+"],
 }
 SECTIONS = {"libquelt0": "libs", "libquelt-dev": "libdevel", "quelt-doc": "doc", "quelt-migrate": "utils"}
 DEPENDENCIES = {

@@ -12,7 +12,7 @@ CONSUMER = Path(__file__).resolve().parent / "consumer"
 
 # What decides how a build comes out; another build that is to be the same needs the same.
 DECISIVE = re.compile(r"(CMAKE_(BUILD_TYPE|INTERPROCEDURAL_OPTIMIZATION|INSTALL_PREFIX|TOOLCHAIN_FILE|GENERATOR"
-                      r"|CXX_COMPILER|CXX_FLAGS(_[A-Z]+)?|(EXE|SHARED|MODULE)_LINKER_FLAGS(_[A-Z]+)?)|QUELT_SANITIZE)")
+                      r"|CXX_COMPILER|CXX_FLAGS(_[A-Z]+)?|(EXE|SHARED|MODULE)_LINKER_FLAGS(_[A-Z]+)?)|QUELT_SANITIZE|QUELT_BUILD_DOCS)")
 
 
 def fail(message):

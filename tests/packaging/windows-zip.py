@@ -17,7 +17,7 @@ CONTENTS = [r"bin/QueltCore\.dll", r"bin/QueltDataMigration\.dll", r"bin/quelt-m
             r"lib/cmake/QueltDataMigration/QueltDataMigrationTargets-[a-z]+\.cmake", r"lib/pkgconfig/quelt-core\.pc",
             r"include/quelt/QueltEeTarselMigrationServices\.h", r"include/quelt/infrastructure/QueltInMap\.h",
             r"share/doc/QueltDataMigration/README\.md", r"share/doc/QueltDataMigration/LICENSE",
-            r"share/doc/QueltDataMigration/COPYRIGHT", r"share/doc/QueltDataMigration/docs/architecture\.md",
+            r"share/doc/QueltDataMigration/COPYRIGHT", r"share/doc/QueltDataMigration/docs/architecture\.md", r"share/doc/QueltDataMigration/html/index\.html",
             r"share/doc/QueltDataMigration/runtime-licenses/gcc[\w-]*copyright\.txt",
             r"share/doc/QueltDataMigration/runtime-licenses/mingw[\w-]*copyright\.txt",
             r"share/doc/QueltDataMigration/runtime-licenses/[\w-]*GPL-3\.txt"]
