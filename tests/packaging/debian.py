@@ -31,7 +31,7 @@ CONTENTS = {
 }
 # What may be there, too.
 OPTIONAL = {
-    "quelt-doc": [r"share/doc/QueltDataMigration/[\w./-]+"],
+    "quelt-doc": [r"share/doc/QueltDataMigration/[\w./~-]+"],
 }
 SECTIONS = {"libquelt0": "libs", "libquelt-dev": "libdevel", "quelt-doc": "doc", "quelt-migrate": "utils"}
 DEPENDENCIES = {
