@@ -50,7 +50,7 @@ def first_difference(left, right):
 def main(build, sources, *targets):
     support.require("git", "cpack", "dpkg-deb")
     with support.scratch() as scratch:
-        elsewhere = Path(scratch) / "elsewhere in a folder with another and a longer name"
+        elsewhere = Path(scratch) / "elsewhere-in-a-folder-with-another-and-a-longer-name"
         copy_sources(Path(sources), elsewhere)
         environment = support.plain_environment(CCACHE_DISABLE=1, SOURCE_DATE_EPOCH=EPOCH)
         again = elsewhere / "built"
