@@ -1,6 +1,7 @@
 #include "loading/support/Library.h"
 
 #include <cstdlib>
+#include <mutex>
 
 #if defined(_WIN32)
 #include <windows.h>
@@ -55,13 +56,35 @@ void setEnvironment(const char* name, const char* value) {
 
 #else
 
-Library::Library(const std::filesystem::path& path) : m_handle(dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL)) {
+namespace {
+
+#if defined(__SANITIZE_THREAD__)
+/// The loader's own lock, which the sanitizer does not see: what one thread has unloaded, another may load
+/// again to the same addresses.
+std::mutex s_loader;
+using LoaderScope = std::lock_guard<std::mutex>;
+#else
+constexpr int s_loader = 0;
+struct LoaderScope {
+    explicit LoaderScope(int /*none*/) noexcept {}
+};
+#endif
+
+void* load(const std::filesystem::path& path) {
+    [[maybe_unused]] const LoaderScope scope(s_loader);
+    return dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+}
+
+} // namespace
+
+Library::Library(const std::filesystem::path& path) : m_handle(load(path)) {
     if (m_handle == nullptr) {
         throw std::runtime_error(dlerror());
     }
 }
 
 Library::~Library() {
+    [[maybe_unused]] const LoaderScope scope(s_loader);
     dlclose(m_handle);
 }
 
