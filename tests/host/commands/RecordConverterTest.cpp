@@ -364,19 +364,8 @@ TEST(RecordConverterContextTest, contextStaysAsItIs) {
         test::RandomContext random(seed);
         const std::string before = test::dump(random.context());
         std::vector<std::string> lines;
-        for (int number = 0; number < 25; ++number) {
-            TextBuffer buffer;
-            JsonWriter writer(buffer);
-            writer.beginObject();
-            writer.key(Key::id);
-            writer.text(std::to_string(number));
-            ExpressionWriter(random.context()).writeBody(writer, *random.genericExpression());
-            writer.key(Key::change);
-            writer.flag(number % 2 == 0);
-            writer.key(Key::branch);
-            writer.flag(number % 3 != 0);
-            writer.endObject();
-            lines.emplace_back(viewOf(buffer));
+        for (unsigned number = 0; number < 25; ++number) {
+            lines.push_back(random.record(number, number % 2 == 0, number % 3 != 0));
         }
         std::vector<std::string> answers;
         std::vector<std::string> answersBackwards;

@@ -1,5 +1,7 @@
 #include "host/support/RandomContext.h"
 
+#include "interchange/ExpressionWriter.h"
+
 #include "effectivity/QueltEeDateEff.h"
 #include "effectivity/QueltEeNamedValueEff.h"
 #include "effectivity/QueltEeSerialEff.h"
@@ -336,6 +338,21 @@ std::unique_ptr<QueltEeGenericExpression> RandomContext::genericExpression() {
     }
     const auto mode = static_cast<QueltEeGenericExpression::ListMode>(onceIn(2) ? 1 : bound());
     return std::make_unique<QueltEeGenericExpression>(onceIn(10) ? nullptr : list().release(), mode);
+}
+
+std::string RandomContext::record(unsigned id, bool isChange, bool isBranched) {
+    TextBuffer buffer;
+    JsonWriter writer(buffer);
+    writer.beginObject();
+    writer.key(Key::id);
+    writer.text(std::to_string(id));
+    ExpressionWriter(*m_context).writeBody(writer, *genericExpression());
+    writer.key(Key::change);
+    writer.flag(isChange);
+    writer.key(Key::branch);
+    writer.flag(isBranched);
+    writer.endObject();
+    return std::string(viewOf(buffer));
 }
 
 std::unique_ptr<QueltEeExpression> RandomContext::multiModelExpression() {

@@ -23,6 +23,8 @@ public:
     /// Random expressions on the context.
     [[nodiscard]] std::unique_ptr<QueltEeGenericExpression> genericExpression();
     [[nodiscard]] std::unique_ptr<QueltEeExpression> multiModelExpression();
+    /// A record with a random generic expression, as a line of the input has it.
+    [[nodiscard]] std::string record(unsigned id, bool isChange, bool isBranched);
 
 private:
     using OwnedReference = std::unique_ptr<QueltEeNodeRef>;
