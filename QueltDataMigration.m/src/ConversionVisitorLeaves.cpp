@@ -37,25 +37,27 @@ long QueltEeGenExprToEeMMExprVisitor::visitVarEffLeaf(QueltEeVarEffLeaf& leaf) {
         return s_trace.fail("ERROR : unexpected.");
     }
     Steps steps(*this);
-    if (QueltEeOptionEff::isObjectOfThisType(*effectivity) != 0) {
+    const QueltInObjectTypeClass* const type = quelt::typeOf(*effectivity);
+    if (QueltEeOptionEff::isOfThisType(type)) {
         s_trace.inform("QueltEeOptionEff");
         return m_atRoot == 0 ? steps.collect(leaf)
                              : steps.convertFeature<QueltEeCatOptionVar>(leaf, *effectivity);
     }
-    if (QueltEeSelectionEff::isObjectOfThisType(*effectivity) != 0) {
+    if (QueltEeSelectionEff::isOfThisType(type)) {
         s_trace.inform("QueltEeSelectionEff");
         return m_atRoot == 0 ? steps.collect(leaf)
                              : steps.convertFeature<QueltEeSelectionVar>(leaf, *effectivity);
     }
-    if (QueltEeSerialEff* const serial = QueltEeSerialEff::cast(effectivity)) {
+    if (QueltEeSerialEff::isOfThisType(type)) {
         s_trace.inform("QueltEeSerialEff");
-        return m_atRoot == 0 ? steps.collect(leaf) : steps.convertSerial(leaf, *serial);
+        return m_atRoot == 0 ? steps.collect(leaf)
+                             : steps.convertSerial(leaf, static_cast<QueltEeSerialEff&>(*effectivity));
     }
-    if (QueltEeTreeSeriesEff::isObjectOfThisType(*effectivity) != 0) {
+    if (QueltEeTreeSeriesEff::isOfThisType(type)) {
         s_trace.inform("QueltEeTreeSeriesEff");
         return m_atRoot == 0 ? steps.collect(leaf) : steps.convertTreeSeries(leaf, *effectivity);
     }
-    if (QueltEeDateEff::isObjectOfThisType(*effectivity) != 0) {
+    if (QueltEeDateEff::isOfThisType(type)) {
         s_trace.inform("QueltEeDateEff");
         return steps.convertDate(leaf);
     }

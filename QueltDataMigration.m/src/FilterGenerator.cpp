@@ -75,17 +75,18 @@ long FilterGenerator::addVarEff(QueltEeVarEff* criterion) {
     if (criterion == nullptr) {
         return m_trace.fail("ERROR : Unexpected type of QueltEeVarEff into Filter.");
     }
-    if (QueltEeSerialEff::isObjectOfThisType(*criterion) != 0) {
+    const QueltInObjectTypeClass* const type = quelt::typeOf(*criterion);
+    if (QueltEeSerialEff::isOfThisType(type)) {
         return addSerial(*criterion);
     }
-    if (QueltEeTreeSeriesEff::isObjectOfThisType(*criterion) != 0) {
+    if (QueltEeTreeSeriesEff::isOfThisType(type)) {
         return addTreeSeries(*criterion);
     }
-    if (QueltEeOptionEff::isObjectOfThisType(*criterion) != 0) {
+    if (QueltEeOptionEff::isOfThisType(type)) {
         return addFeature<QueltEeCatOptionVar>(
             *criterion, "ERROR : Unable to find one MD containing current QueltEeCatOptionVar.", s_addFailed);
     }
-    if (QueltEeSelectionEff::isObjectOfThisType(*criterion) != 0) {
+    if (QueltEeSelectionEff::isOfThisType(type)) {
         return addFeature<QueltEeSelectionVar>(
             *criterion, "ERROR : Unable to find one MD containing current QueltEeSelectionVar.",
             s_addSelectionFailed);

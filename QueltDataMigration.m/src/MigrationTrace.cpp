@@ -1,5 +1,7 @@
 #include "MigrationTrace.h"
 
+#include <new>
+
 namespace quelt {
 
 namespace {
@@ -25,15 +27,26 @@ void MigrationTrace::writeLocation(std::source_location where) const {
     writeMessage(QueltInTraceClass::GetError(), where.file_name(), "(", static_cast<int>(where.line()), ")");
 }
 
-void MethodTrace::writeEntry(const char* method) {
-    m_trace.SetMethod(method);
-    m_isMethodSet = true;
-    m_trace.beginTrace(s_methodEntry).endTraceWithLineNumber(s_methodEntry, m_line);
+// Destructors have scopes as well, and nothing may be thrown there: a line for which there is no memory is
+// lost.
+
+void MethodTrace::writeEntry(const char* method) noexcept {
+    try {
+        m_trace.SetMethod(method);
+        m_isMethodSet = true;
+        m_trace.beginTrace(s_methodEntry).endTraceWithLineNumber(s_methodEntry, m_line);
+    } catch (const std::bad_alloc&) {
+        QueltInTraceClass::noteLostLine();
+    }
 }
 
-void MethodTrace::writeExit() {
-    if (m_trace.IsActivated() != 0) {
-        m_trace.beginTrace(s_methodExit).endTraceWithLineNumber(s_methodExit, m_line);
+void MethodTrace::writeExit() noexcept {
+    try {
+        if (m_trace.IsActivated() != 0) {
+            m_trace.beginTrace(s_methodExit).endTraceWithLineNumber(s_methodExit, m_line);
+        }
+    } catch (const std::bad_alloc&) {
+        QueltInTraceClass::noteLostLine();
     }
     if (m_isMethodSet) {
         m_trace.RemoveMethod();

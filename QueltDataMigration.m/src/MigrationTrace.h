@@ -64,8 +64,8 @@ public:
     MethodTrace& operator=(const MethodTrace&) = delete;
 
 private:
-    void writeEntry(const char* method);
-    void writeExit();
+    void writeEntry(const char* method) noexcept;
+    void writeExit() noexcept;
 
     QueltInTraceClass& m_trace;
     int m_line;

@@ -165,28 +165,25 @@ long QueltEeGetApplyingMDsVisitor::visitVarEffLeaf(QueltEeVarEffLeaf& leaf) {
     if (effectivity == nullptr) {
         return s_trace.fail("Wow. THAT is unexpected !!! :'( ");
     }
-    const QueltInObjectTypeClass* const type = effectivity->dType();
-    const auto isA = [type](const QueltInObjectTypeClass* wanted) {
-        return type != nullptr && type->isa(wanted) != 0;
-    };
+    const QueltInObjectTypeClass* const type = quelt::typeOf(*effectivity);
     // No effectivity is of two of these classes, so the frequent ones are asked for first.
-    if (isA(QueltEeOptionEff::sType())) {
+    if (QueltEeOptionEff::isOfThisType(type)) {
         return visitFeature<QueltEeCatOptionVar>(
             *effectivity, "ERROR : unexpected again",
             "ERROR : Unable to find one MD containing current QueltEeCatOptionVar.");
     }
-    if (isA(QueltEeSelectionEff::sType())) {
+    if (QueltEeSelectionEff::isOfThisType(type)) {
         return visitFeature<QueltEeSelectionVar>(
             *effectivity, "ERROR : unexpected",
             "ERROR : Unable to find one MD containing current QueltEeSelectionVar.");
     }
-    if (isA(QueltEeSerialEff::sType())) {
+    if (QueltEeSerialEff::isOfThisType(type)) {
         return visitSerial(static_cast<QueltEeSerialEff&>(*effectivity));
     }
-    if (isA(QueltEeTreeSeriesEff::sType())) {
+    if (QueltEeTreeSeriesEff::isOfThisType(type)) {
         return visitTreeSeries(*effectivity);
     }
-    if (isA(QueltEeDateEff::sType())) {
+    if (QueltEeDateEff::isOfThisType(type)) {
         return s_trace.fail("ERROR : There is a date when we are supposed to be in a pure EV tree when "
                             "calling that visitor.");
     }

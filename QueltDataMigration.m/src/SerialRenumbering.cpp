@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <typeinfo>
 
 namespace quelt {
 
@@ -38,6 +39,7 @@ class IntervalRewriter {
 public:
     explicit IntervalRewriter(const SerialRewriteRules& rules) noexcept : m_rules(rules) {}
 
+    /// Needed before the first interval where bounds are renumbered.
     long readModelYears(const QueltEeSerialVar& variable) {
         m_rules.trace.inform("=== CGE_MigRen=1 ===");
         const QueltInMap* revisions = nullptr;
@@ -45,16 +47,16 @@ public:
         if (revisions == nullptr) {
             return m_rules.trace.fail("ERROR : getSeqNb2Revisions failed", E_FAIL, m_rules.where);
         }
-        return m_modelYears.read(*revisions, m_rules);
+        return m_modelYears.emplace().read(*revisions, m_rules);
     }
 
-    void rewrite(QueltInSerialInterval& interval) const {
-        const unsigned char included = 1;
-        unsigned char upperIncluded = 1;
-        const int a = rewriteLower(interval.getA());
-        const int b = rewriteUpper(interval.getB(), upperIncluded);
-        m_rules.trace.inform("interval pushed : ", a, ", ", b);
-        interval.setInterval(a, included, b, upperIncluded);
+    /// What an interval with these bounds becomes.
+    [[nodiscard]] QueltEeSerialEff::Interval rewritten(int a, int b) const {
+        QueltEeSerialEff::Interval interval{0, 0, 1, 1};
+        interval.a = rewriteLower(a);
+        interval.b = rewriteUpper(b, interval.bIncl);
+        m_rules.trace.inform("interval pushed : ", interval.a, ", ", interval.b);
+        return interval;
     }
 
 private:
@@ -70,7 +72,7 @@ private:
         if (shifted == s_lastNumberShifted) {
             return 0;
         }
-        return renumbered("New SeqNB a : ", m_modelYears.findLower(shifted)).value_or(shifted);
+        return renumbered("New SeqNB a : ", m_modelYears->findLower(shifted)).value_or(shifted);
     }
 
     [[nodiscard]] int rewriteUpper(int old, unsigned char& included) const {
@@ -87,13 +89,13 @@ private:
         }
         const std::int64_t compared =
             m_rules.comparesUpperBoundUnshifted ? std::int64_t{old} - 1 : std::int64_t{shifted};
-        if (compared >= m_modelYears.largest()) {
+        if (compared >= m_modelYears->largest()) {
             return QueltInSerialInterval::s_openUpper;
         }
-        if (compared < m_modelYears.smallest()) {
+        if (compared < m_modelYears->smallest()) {
             return shifted;
         }
-        const std::optional<int> next = renumbered("New SeqNB b : ", m_modelYears.findAbove(shifted));
+        const std::optional<int> next = renumbered("New SeqNB b : ", m_modelYears->findAbove(shifted));
         included = next ? 0 : 1;
         return next.value_or(shifted);
     }
@@ -114,8 +116,32 @@ private:
     }
 
     const SerialRewriteRules& m_rules;
-    SerialRenumbering m_modelYears;
+    std::optional<SerialRenumbering> m_modelYears;
 };
+
+/// Rewrites what the effectivity shows of its intervals, and sets it.
+long rewriteCopies(QueltEeSerialEff& effectivity, const IntervalRewriter& rewriter,
+                   const SerialRewriteRules& rules) {
+    QueltInListVal intervals(QueltInObjectVal::sType());
+    long result = effectivity.getIntervals(intervals);
+    if (result < 0) {
+        return rules.trace.fail("ERROR : getIntervals failed.", result, rules.where);
+    }
+    auto elements = intervals.cBegin();
+    while (QueltInObjectVal* const element = elements.GetGoToNext()) {
+        QueltInSerialInterval* const interval = QueltInSerialInterval::cast(element);
+        if (interval == nullptr) {
+            return rules.trace.fail("ERROR : unexpected type", E_FAIL, rules.where);
+        }
+        const auto [a, b, aIncl, bIncl] = rewriter.rewritten(interval->getA(), interval->getB());
+        interval->setInterval(a, aIncl, b, bIncl);
+    }
+    result = effectivity.set(intervals);
+    if (result < 0) {
+        return rules.trace.fail("ERROR, set new intervals FAILED.", result, rules.where);
+    }
+    return result;
+}
 
 } // namespace
 
@@ -178,24 +204,13 @@ long rewriteSerialIntervals(QueltEeSerialEff& effectivity, const QueltEeSerialVa
             return result;
         }
     }
-    QueltInListVal intervals(QueltInObjectVal::sType()); // copies, which are rewritten where they stand
-    long result = effectivity.getIntervals(intervals);
-    if (result < 0) {
-        return rules.trace.fail("ERROR : getIntervals failed.", result, rules.where);
-    }
-    auto elements = intervals.cBegin();
-    while (QueltInObjectVal* const element = elements.GetGoToNext()) {
-        QueltInSerialInterval* const interval = QueltInSerialInterval::cast(element);
-        if (interval == nullptr) {
-            return rules.trace.fail("ERROR : unexpected type", E_FAIL, rules.where);
+    if (typeid(effectivity) == typeid(QueltEeSerialEff)) { // as nearly always: it would give and take copies
+        for (QueltEeSerialEff::Interval& interval : effectivity.intervals()) {
+            interval = rewriter.rewritten(interval.a, interval.b);
         }
-        rewriter.rewrite(*interval);
+        return S_OK;
     }
-    result = effectivity.set(intervals);
-    if (result < 0) {
-        return rules.trace.fail("ERROR, set new intervals FAILED.", result, rules.where);
-    }
-    return result;
+    return rewriteCopies(effectivity, rewriter, rules);
 }
 
 } // namespace quelt

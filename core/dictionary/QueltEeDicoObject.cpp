@@ -6,8 +6,10 @@
 
 template class QueltInTyped<QueltEeDicoObject, QueltInObject>;
 
+QueltEeDicoObject::QueltEeDicoObject() : m_guidHash(m_guid.fullHash()) {}
+
 QueltEeDicoObject::QueltEeDicoObject(const QueltInString& name, const QueltInGuid& guid)
-    : m_name(name.view()), m_guid(guid) {}
+    : m_name(name.view()), m_guid(guid), m_guidHash(guid.fullHash()) {}
 
 long QueltEeDicoObject::initFakeName() {
     QueltInString name("GUID-");
@@ -19,6 +21,7 @@ long QueltEeDicoObject::initFakeName() {
 long QueltEeDicoObject::initFakeNameAndGuid(const QueltInString& name, const QueltInGuid& guid) {
     m_name = QueltInName(name.view());
     m_guid = guid;
+    m_guidHash = guid.fullHash();
     return S_OK;
 }
 

@@ -3,6 +3,8 @@
 #include "infrastructure/QueltInGuid.h"
 #include "infrastructure/QueltInNamePool.h"
 
+#include <cstdint>
+
 class QueltEeDicoObject;
 extern template class QUELT_CORE_API QueltInTyped<QueltEeDicoObject, QueltInObject>;
 
@@ -12,7 +14,7 @@ public:
     static constexpr const char* s_className = "QueltEeDicoObject";
 
     /// Nameless, with the empty GUID, until one of the init operations gives it both.
-    QueltEeDicoObject() = default;
+    QueltEeDicoObject();
     /// With this name and this GUID.
     QueltEeDicoObject(const QueltInString& name, const QueltInGuid& guid);
 
@@ -22,6 +24,8 @@ public:
     [[nodiscard]] const QueltInName& getSharedName() const noexcept { return m_name; }
     /// The GUID.
     [[nodiscard]] const QueltInGuid& getGuid() const noexcept { return m_guid; }
+    /// The GUID's full hash.
+    [[nodiscard]] std::uint64_t getGuidHash() const noexcept { return m_guidHash; }
 
     /// Gives an object that is only known by its GUID a name made from it, "GUID-" and the GUID's text. S_OK
     /// always.
@@ -35,4 +39,5 @@ public:
 private:
     QueltInName m_name;
     QueltInGuid m_guid;
+    std::uint64_t m_guidHash; // every leaf of an expression asks every dictionary for its variable
 };

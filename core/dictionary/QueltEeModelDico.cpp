@@ -26,7 +26,7 @@ long QueltEeModelDico::addVariable(QueltEeVariable* variable) {
     }
     const QueltInName& name = m_names.emplace_back(variable->getSharedName());
     m_byName.emplace(name.text().view(), variable);
-    addFeature(variable->getGuid());
+    addFeature(*variable);
     if (QueltEeTreeSeriesVar* const series = QueltEeTreeSeriesVar::cast(variable); series != nullptr) {
         m_treeSeries.try_emplace(series->getNumber(), series);
     }
@@ -40,15 +40,14 @@ QueltEeVariable* QueltEeModelDico::getVariable(std::string_view name) const {
     return found != m_byName.end() ? found->second : nullptr;
 }
 
-void QueltEeModelDico::addFeature(const QueltInGuid& guid) {
-    const std::uint64_t hash = guid.fullHash();
-    if (containsFeature(guid, hash)) {
+void QueltEeModelDico::addFeature(const QueltEeDicoObject& feature) {
+    if (containsFeature(feature)) {
         return;
     }
     const QueltInHeapScope heap; // the index lives as long as the dictionary
     const auto position = static_cast<std::uint32_t>(m_features.size());
-    m_features.push_back(guid.getBytes());
-    m_featureIndex.insert(hash, position);
+    m_features.push_back(feature.getGuid().getBytes());
+    m_featureIndex.insert(feature.getGuidHash(), position);
 }
 
 bool QueltEeModelDico::containsFeature(const QueltInGuid& guid, std::uint64_t hash) const {

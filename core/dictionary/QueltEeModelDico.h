@@ -41,13 +41,16 @@ public:
     [[nodiscard]] bool containsFeature(const QueltInGuid& guid) const {
         return containsFeature(guid, guid.fullHash());
     }
-    /// As above, for whoever asks many dictionaries: `hash` is the full hash of `guid`.
-    [[nodiscard]] bool containsFeature(const QueltInGuid& guid, std::uint64_t hash) const;
+    /// True when it holds a variable with the GUID of `feature`, whose hash is known. Constant time.
+    [[nodiscard]] bool containsFeature(const QueltEeDicoObject& feature) const {
+        return containsFeature(feature.getGuid(), feature.getGuidHash());
+    }
     /// The first tree-series variable with this number, or null. Constant time.
     [[nodiscard]] virtual QueltEeTreeSeriesVar* getTreeSeriesVariable(unsigned int number) const;
 
 private:
-    void addFeature(const QueltInGuid& guid);
+    void addFeature(const QueltEeDicoObject& feature);
+    [[nodiscard]] bool containsFeature(const QueltInGuid& guid, std::uint64_t hash) const;
 
     std::vector<std::unique_ptr<QueltEeVariable>> m_variables;
     std::vector<QueltInName> m_names; // what the keys below are made of, even when a variable is renamed

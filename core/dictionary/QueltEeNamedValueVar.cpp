@@ -1,5 +1,6 @@
 #include "dictionary/QueltEeNamedValueVar.h"
 
+#include "infrastructure/QueltInKeyedHash.h"
 #include "infrastructure/QueltInTypedDefinition.h"
 
 #include <algorithm>
@@ -17,8 +18,8 @@ std::uint32_t QueltEeNamedValueVar::addValue(std::string_view name) {
         return *known;
     }
     const std::uint32_t number = getValueCount();
-    const QueltInName& kept = m_values.emplace_back(name);
-    m_numbers.emplace(kept.text().view(), number);
+    m_values.emplace_back(name);
+    m_index.insert(quelt::keyedHash(name), number);
     return number;
 }
 
@@ -31,8 +32,10 @@ std::string_view QueltEeNamedValueVar::getValueName(std::uint32_t number) const 
 }
 
 std::optional<std::uint32_t> QueltEeNamedValueVar::findValue(std::string_view name) const {
-    const auto found = m_numbers.find(name);
-    return found != m_numbers.end() ? std::optional(found->second) : std::nullopt;
+    const std::uint32_t number = m_index.find(quelt::keyedHash(name), [&](std::uint32_t candidate) {
+        return m_values[candidate].text().view() == name;
+    });
+    return number != quelt::QueltInHashIndex::s_none ? std::optional(number) : std::nullopt;
 }
 
 bool QueltEeNamedValueVar::agreesWith(const QueltEeNamedValueVar& other) const {

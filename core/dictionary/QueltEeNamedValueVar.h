@@ -1,16 +1,13 @@
 #pragma once
 
 #include "dictionary/QueltEeVariable.h"
-#include "infrastructure/QueltInKeyedHash.h"
+#include "infrastructure/QueltInHashIndex.h"
 #include "infrastructure/QueltInMemory.h"
 #include "infrastructure/QueltInNamePool.h"
 
 #include <cstdint>
-#include <functional>
 #include <optional>
 #include <string_view>
-#include <unordered_map>
-#include <utility>
 
 class QueltEeNamedValueVar;
 extern template class QUELT_CORE_API QueltInTyped<QueltEeNamedValueVar, QueltEeVariable>;
@@ -35,11 +32,8 @@ public:
     [[nodiscard]] bool agreesWith(const QueltEeNamedValueVar& other) const;
 
 private:
-    using Numbers = std::unordered_map<std::string_view, std::uint32_t, quelt::KeyedTextHash, std::equal_to<>,
-                                       QueltInAllocator<std::pair<const std::string_view, std::uint32_t>>>;
-
     QueltInVector<QueltInName> m_values;
-    Numbers m_numbers; // keys stand in m_values
+    quelt::QueltInHashIndex m_index; // finds them by name
 };
 
 class QueltEeCatOptionVar;

@@ -47,6 +47,11 @@ public:
     void addInterval(const Interval& interval) { m_intervals.push_back(interval); }
     /// The intervals as kept.
     [[nodiscard]] std::span<const Interval> intervals() const noexcept { return m_intervals.values(); }
+    /// The intervals as kept, to be rewritten in place; for whoever knows that no derived class has a say in
+    /// it.
+    [[nodiscard]] std::span<Interval> intervals() noexcept {
+        return {m_intervals.begin(), m_intervals.end()};
+    }
     /// True when a configuration with this sequence number is in.
     [[nodiscard]] bool holdsFor(int sequenceNumber) const;
 

@@ -13,7 +13,6 @@
 
 #include <array>
 #include <utility>
-#include <vector>
 
 template class QueltInTyped<QueltEVCClassification, QueltInObject>;
 template class QueltInTyped<QueltCoreEVC_NodeClassifier, QueltInObject>;
@@ -55,13 +54,14 @@ constexpr bool isRefused(std::uint16_t known) noexcept {
 } // namespace
 
 std::uint16_t QueltCoreEVC_NodeClassifier::kindOf(const QueltEeVarEff* effectivity) {
-    if (QueltEeNamedValueEff::cast(effectivity) != nullptr) {
+    const QueltInObjectTypeClass* const type = effectivity != nullptr ? quelt::typeOf(*effectivity) : nullptr;
+    if (QueltEeNamedValueEff::isOfThisType(type)) {
         return QueltEVCClassification::s_variant;
     }
-    if (QueltEeSerialEff::cast(effectivity) != nullptr || QueltEeTreeBaseEff::cast(effectivity) != nullptr) {
+    if (QueltEeSerialEff::isOfThisType(type) || QueltEeTreeBaseEff::isOfThisType(type)) {
         return QueltEVCClassification::s_evolution;
     }
-    return QueltEeDateEff::cast(effectivity) != nullptr ? QueltEVCClassification::s_history : 0;
+    return QueltEeDateEff::isOfThisType(type) ? QueltEVCClassification::s_history : std::uint16_t{0};
 }
 
 std::uint16_t QueltCoreEVC_NodeClassifier::kindOf(const QueltEeEffectivity* effectivity) {
@@ -76,51 +76,63 @@ std::uint16_t QueltCoreEVC_NodeClassifier::kindOf(const QueltEeEffectivity* effe
 }
 
 std::uint16_t QueltCoreEVC_NodeClassifier::kindOf(const QueltEeNode& node) {
-    if (const QueltEeVarEffLeaf* const leaf = QueltEeVarEffLeaf::cast(&node); leaf != nullptr) {
-        return kindOf(leaf->getVarEff());
+    if (quelt::NodeChildren(node).group() != nullptr) {
+        return 0;
     }
-    if (const QueltEeEffLeaf* const leaf = QueltEeEffLeaf::cast(&node); leaf != nullptr) {
-        return kindOf(leaf->getTargetEff());
+    const QueltInObjectTypeClass* const type = quelt::typeOf(node);
+    if (QueltEeVarEffLeaf::isOfThisType(type)) {
+        return kindOf(static_cast<const QueltEeVarEffLeaf&>(node).getVarEff());
     }
-    if (QueltEeRestrictionEffLeaf::isObjectOfThisType(node) != 0) {
+    if (QueltEeEffLeaf::isOfThisType(type)) {
+        return kindOf(static_cast<const QueltEeEffLeaf&>(node).getTargetEff());
+    }
+    if (QueltEeRestrictionEffLeaf::isOfThisType(type)) {
         return s_unexpected;
     }
-    return QueltEeNotDomainOp::isObjectOfThisType(node) != 0 ? s_notImplemented : std::uint16_t{0};
+    return QueltEeNotDomainOp::isOfThisType(type) ? s_notImplemented : std::uint16_t{0};
 }
 
 std::uint16_t QueltCoreEVC_NodeClassifier::find(const QueltEeNode& root) {
-    if (const std::uint16_t known = root.m_knownClassification.load(std::memory_order_relaxed); known != 0) {
-        return known;
-    }
-    std::vector<std::uint16_t> open; // what was found so far below each operator that is entered and not left
-    std::uint16_t found = 0;
-    for (quelt::TreeWalk walk(root); walk.next();) {
-        if (walk.stop() == quelt::TreeWalk::Stop::leave) {
-            found = open.back();
-            open.pop_back();
-            walk.node().m_knownClassification.store(found, std::memory_order_relaxed);
-        } else if (walk.stop() == quelt::TreeWalk::Stop::missing) {
-            found = s_missing;
-        } else {
-            found = walk.node().m_knownClassification.load(std::memory_order_relaxed);
-            if (found == 0) {
-                found = static_cast<std::uint16_t>(s_known | kindOf(walk.node()));
-                if (walk.atOperator() && !isRefused(found)) {
-                    open.push_back(found);
-                    continue;
-                }
-                walk.node().m_knownClassification.store(found, std::memory_order_relaxed);
-            }
-            if (walk.atOperator()) {
-                walk.skipChildren();
-            }
+    struct Level {
+        const QueltEeNode* node;
+        std::uint32_t next;  // position of the child to look at next
+        std::uint16_t found; // so far
+    };
+    constexpr std::uint32_t noMore = 0xFFFFFFFFU;
+    QueltInSmallVector<Level, 8> open; // the operators that were entered and not left
+    // What is known of a node or can be told at once; 0 when its children have to be looked at first.
+    const auto lookAt = [&open](const QueltEeNode& node) -> std::uint16_t {
+        const std::uint16_t known = node.m_knownClassification.load(std::memory_order_relaxed);
+        if (known != 0) {
+            return known;
         }
-        if (open.empty()) {
+        const auto found = static_cast<std::uint16_t>(s_known | kindOf(node));
+        if (quelt::NodeChildren(node).isOperator() && !isRefused(found)) {
+            open.push_back({&node, 0, found});
+            return 0;
+        }
+        node.m_knownClassification.store(found, std::memory_order_relaxed);
+        return found;
+    };
+    std::uint16_t found = lookAt(root);
+    while (!open.empty()) {
+        Level& level = open[open.size() - 1];
+        const QueltEeNodeRef* const child =
+            level.next != noMore ? quelt::NodeChildren(*level.node).at(level.next++) : nullptr;
+        if (child != nullptr) {
+            found = child->getNode() != nullptr ? lookAt(*child->getNode()) : s_missing;
+        } else {
+            found = level.found;
+            level.node->m_knownClassification.store(found, std::memory_order_relaxed);
+            open.truncate(open.size() - 1);
+        }
+        if (found == 0 || open.empty()) {
             continue;
         }
-        open.back() = static_cast<std::uint16_t>(open.back() | found);
+        Level& above = open[open.size() - 1];
+        above.found = static_cast<std::uint16_t>(above.found | found);
         if (isRefused(found)) {
-            walk.skipSiblings();
+            above.next = noMore;
         }
     }
     return found;

@@ -35,25 +35,16 @@ void fill(QueltInSet& set, const QueltInMap& dictionaries) {
     }
 }
 
-/// What dictionaries are asked for, with what is worked out once for all of them.
-struct Feature {
-    explicit Feature(const QueltInGuid& wanted)
-        : guid(wanted), hash(wanted.fullHash()), dictionaryType(QueltEeModelDico::sType()) {}
-
-    const QueltInGuid& guid;
-    std::uint64_t hash;
-    const QueltInObjectTypeClass* dictionaryType;
-};
-
-bool contains(const QueltInObject& dictionary, const Feature& feature) {
-    const QueltInObjectTypeClass* const type = dictionary.dType();
-    return type != nullptr && type->isa(feature.dictionaryType) != 0 &&
-           static_cast<const QueltEeModelDico&>(dictionary).containsFeature(feature.guid, feature.hash);
+bool contains(const QueltInObject& dictionary, const QueltEeDicoObject& feature) {
+    const QueltEeModelDico* const model = QueltEeModelDico::cast(&dictionary);
+    return model != nullptr && model->containsFeature(feature);
 }
 
-bool allContain(const QueltInSet& dictionaries, const Feature& feature) {
-    QueltInSet::const_iterator iterator = dictionaries.cBegin();
-    while (const QueltInObject* const dictionary = iterator.GetGoToNext()) {
+bool allContain(const QueltInSet& dictionaries, const QueltEeDicoObject& feature) {
+    for (const QueltInObject* const dictionary : dictionaries.elements()) {
+        if (dictionary == nullptr) {
+            break;
+        }
         if (!contains(*dictionary, feature)) {
             return false;
         }
@@ -62,13 +53,15 @@ bool allContain(const QueltInSet& dictionaries, const Feature& feature) {
 }
 
 /// Moves what does not contain `feature` from `possible` to `rejected`; the others keep their order.
-void sortOut(const Feature& feature, QueltInSet& possible, QueltInSet& rejected) {
+void sortOut(const QueltEeDicoObject& feature, QueltInSet& possible, QueltInSet& rejected) {
     if (allContain(possible, feature)) {
         return; // as most features of an expression leave it
     }
     QueltInSmallVector<QueltInObject*, 8> kept;
-    QueltInSet::const_iterator iterator = possible.cBegin();
-    while (QueltInObject* const dictionary = iterator.GetGoToNext()) {
+    for (QueltInObject* const dictionary : possible.elements()) {
+        if (dictionary == nullptr) {
+            break;
+        }
         if (contains(*dictionary, feature)) {
             kept.push_back(dictionary);
         } else {
@@ -134,7 +127,7 @@ long QueltEeExpressionContext::GetSetOfMDsContainingFeature(const QueltEeDicoObj
     if (rejected == nullptr) {
         rejected = makeSet();
     }
-    sortOut(Feature(feature.getGuid()), *possible, *rejected);
+    sortOut(feature, *possible, *rejected);
     return possible->IsEmpty() != 0 ? 1 : 0;
 }
 

@@ -11,7 +11,9 @@ class QueltEeNodeVisitor;
 class QueltCoreEVC_NodeClassifier;
 namespace quelt {
 class AncestrySearch;
-}
+class NodeChildren;
+class TreeCopier;
+} // namespace quelt
 
 class QueltEeNodeRef;
 extern template class QUELT_CORE_API QueltInTyped<QueltEeNodeRef, QueltInObject>;
@@ -121,7 +123,15 @@ public:
     [[nodiscard]] QueltInString toString() const override;
 
 protected:
-    QueltEeNode() = default;
+    /// What walks must know of a node to go on.
+    enum class Shape : std::uint8_t {
+        leaf,  ///< nothing stands below it
+        group, ///< a QueltEeGroupOp
+        single ///< a QueltEeSingleOp
+    };
+
+    /// A node of this shape, without reference.
+    explicit QueltEeNode(Shape shape = Shape::leaf) noexcept : m_shape(shape) {}
 
     /// Tells the node, and every one above it, that what was known of its contents no longer holds.
     void contentsChanged() noexcept;
@@ -130,10 +140,12 @@ private:
     friend class QueltEeNodeRef;
     friend class QueltCoreEVC_NodeClassifier;
     friend class quelt::AncestrySearch;
+    friend class quelt::NodeChildren;
 
     QueltEeNodeRef* m_pRef = nullptr;
     QueltEeNodeRef* m_pAliases = nullptr;
     // What the classifier found in the subtree, 0 when unknown. While a node's is known, so is that of every
     // node below that it follows from; hence a change is told upwards only as far as something is known.
     mutable std::atomic<std::uint16_t> m_knownClassification{0};
+    const Shape m_shape;
 };

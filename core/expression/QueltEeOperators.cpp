@@ -157,7 +157,13 @@ void QueltEeGroupOp::Children::dropConstants(bool value, E_MakeTF makeTF) {
     });
 }
 
-QueltEeGroupOp::QueltEeGroupOp(bool isAnd) : m_children(*this), m_isAnd(isAnd) {}
+void QueltEeGroupOp::Children::appendCopy(QueltEeNodeRef& copy) {
+    append(copy);
+    copy.m_isHeld = true;
+    copy.m_pHolder = &m_group;
+}
+
+QueltEeGroupOp::QueltEeGroupOp(bool isAnd) : QueltInTyped(Shape::group), m_children(*this), m_isAnd(isAnd) {}
 
 QueltEeGroupOp::~QueltEeGroupOp() {
     QueltEeGroupOp::deleteChildren();
@@ -204,10 +210,6 @@ long QueltEeGroupOp::addChild(QueltEeNode& node) {
 }
 
 QueltInLinkList& QueltEeGroupOp::getChildren() {
-    return m_children;
-}
-
-const QueltInLinkList& QueltEeGroupOp::getChildren() const {
     return m_children;
 }
 
@@ -267,6 +269,8 @@ QueltEeOrOp::QueltEeOrOp() : QueltInTyped(false) {}
 long QueltEeOrOp::acceptVisitor(QueltEeNodeVisitor& visitor) {
     return quelt::visit(*this, visitor, &QueltEeNodeVisitor::visitOrOp);
 }
+
+QueltEeSingleOp::QueltEeSingleOp() noexcept : QueltInTyped(Shape::single) {}
 
 QueltEeSingleOp::~QueltEeSingleOp() {
     QueltEeSingleOp::deleteChildren();

@@ -26,6 +26,9 @@ public:
     /// Makes each child accept `visitor`, in order; the first negative result ends the walk and is returned.
     /// A child reference without node is E_POINTER.
     virtual long childrenAcceptVisitor(QueltEeNodeVisitor& visitor) = 0;
+
+protected:
+    using QueltInTyped::QueltInTyped;
 };
 
 class QueltEeGroupOp;
@@ -73,7 +76,7 @@ public:
     /// again and is the caller's, an alias too.
     [[nodiscard]] virtual QueltInLinkList& getChildren();
     /// The children's references, for reading.
-    [[nodiscard]] const QueltInLinkList& getChildren() const;
+    [[nodiscard]] const QueltInLinkList& getChildren() const noexcept { return m_children; }
 
     /// True for AND, false for OR.
     [[nodiscard]] bool isAnd() const noexcept { return m_isAnd; }
@@ -83,6 +86,7 @@ protected:
     explicit QueltEeGroupOp(bool isAnd);
 
 private:
+    friend class quelt::TreeCopier;
     [[nodiscard]] unsigned char becomeConstant(bool value);
 
     /// The list of children, which keeps the references' holder and what is known of the group up to date.
@@ -96,6 +100,10 @@ private:
         QueltInObject* PopBack() override;
         /// Deletes the children that are the constant `value`.
         void dropConstants(bool value, E_MakeTF makeTF);
+        /// Appends `copy`, which stands alone and owns a node that nobody has seen yet, to a group that
+        /// nothing is known of.
+        void appendCopy(QueltEeNodeRef& copy);
+        using QueltInLinkList::reserve;
 
     private:
         /// S_OK when the group may take `object` as a child, else why not.
@@ -140,6 +148,8 @@ class QUELT_CORE_API QueltEeSingleOp : public QueltInTyped<QueltEeSingleOp, Quel
 public:
     static constexpr const char* s_className = "QueltEeSingleOp";
 
+    /// Without child.
+    QueltEeSingleOp() noexcept;
     ~QueltEeSingleOp() override;
 
     void deleteChildren() override;

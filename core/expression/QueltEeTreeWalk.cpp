@@ -1,19 +1,6 @@
 #include "expression/QueltEeTreeWalk.h"
 
-#include "expression/QueltEeOperators.h"
-
 namespace quelt {
-
-NodeChildren::NodeChildren(const QueltEeNode& node)
-    : m_pGroup(QueltEeGroupOp::cast(&node)),
-      m_pSingle(m_pGroup == nullptr ? QueltEeSingleOp::cast(&node) : nullptr) {}
-
-const QueltEeNodeRef* NodeChildren::at(std::uint32_t position) const {
-    if (m_pGroup != nullptr) {
-        return static_cast<const QueltEeNodeRef*>(m_pGroup->getChildren().Get(position));
-    }
-    return m_pSingle != nullptr && position == 0 ? m_pSingle->getChildRef() : nullptr;
-}
 
 bool TreeWalk::next() {
     if (!m_started) {
@@ -24,13 +11,14 @@ bool TreeWalk::next() {
     if (m_levels.empty()) {
         return false;
     }
-    Level& level = m_levels.back();
-    const QueltEeNodeRef* const child = level.next != s_noMore ? level.children.at(level.next) : nullptr;
+    Level& level = m_levels[m_levels.size() - 1];
+    const QueltEeNodeRef* const child =
+        level.next != s_noMore ? NodeChildren(*level.node).at(level.next) : nullptr;
     m_pNode = level.node;
     m_atOperator = true;
     if (child == nullptr) {
         m_stop = Stop::leave;
-        m_levels.pop_back();
+        m_levels.truncate(m_levels.size() - 1);
         return true;
     }
     m_isFirst = level.next++ == 0;
@@ -43,22 +31,21 @@ bool TreeWalk::next() {
 }
 
 void TreeWalk::enter(const QueltEeNode& node) {
-    const NodeChildren children(node);
     m_stop = Stop::enter;
     m_pNode = &node;
-    m_atOperator = children.isOperator();
+    m_atOperator = NodeChildren(node).isOperator();
     if (m_atOperator) {
-        m_levels.push_back({children, &node, 0});
+        m_levels.push_back({&node, 0});
     }
 }
 
 void TreeWalk::skipChildren() noexcept {
-    m_levels.pop_back();
+    m_levels.truncate(m_levels.size() - 1);
 }
 
 void TreeWalk::skipSiblings() noexcept {
     if (!m_levels.empty()) {
-        m_levels.back().next = s_noMore;
+        m_levels[m_levels.size() - 1].next = s_noMore;
     }
 }
 

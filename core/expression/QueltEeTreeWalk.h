@@ -1,12 +1,9 @@
 #pragma once
 
-#include "expression/QueltEeNode.h"
+#include "expression/QueltEeOperators.h"
+#include "infrastructure/QueltInSmallVector.h"
 
 #include <cstdint>
-#include <vector>
-
-class QueltEeGroupOp;
-class QueltEeSingleOp;
 
 namespace quelt {
 
@@ -15,7 +12,11 @@ namespace quelt {
 class NodeChildren {
 public:
     /// The children of `node`, which must outlive this object.
-    explicit NodeChildren(const QueltEeNode& node);
+    explicit NodeChildren(const QueltEeNode& node) noexcept
+        : m_pGroup(node.m_shape == QueltEeNode::Shape::group ? static_cast<const QueltEeGroupOp*>(&node)
+                                                             : nullptr),
+          m_pSingle(node.m_shape == QueltEeNode::Shape::single ? static_cast<const QueltEeSingleOp*>(&node)
+                                                               : nullptr) {}
 
     /// The node as a group; null when it is none.
     [[nodiscard]] const QueltEeGroupOp* group() const noexcept { return m_pGroup; }
@@ -24,7 +25,12 @@ public:
     /// True when the node can have children.
     [[nodiscard]] bool isOperator() const noexcept { return m_pGroup != nullptr || m_pSingle != nullptr; }
     /// The reference at `position`, null past the last.
-    [[nodiscard]] const QueltEeNodeRef* at(std::uint32_t position) const;
+    [[nodiscard]] const QueltEeNodeRef* at(std::uint32_t position) const {
+        if (m_pGroup != nullptr) {
+            return static_cast<const QueltEeNodeRef*>(m_pGroup->getChildren().Get(position));
+        }
+        return m_pSingle != nullptr && position == 0 ? m_pSingle->getChildRef() : nullptr;
+    }
 
 private:
     const QueltEeGroupOp* m_pGroup;
@@ -68,7 +74,6 @@ public:
 
 private:
     struct Level {
-        NodeChildren children;
         const QueltEeNode* node;
         std::uint32_t next; // position of the child to look at next
     };
@@ -76,7 +81,7 @@ private:
 
     void enter(const QueltEeNode& node);
 
-    std::vector<Level> m_levels; // the operators that were entered and not left
+    QueltInSmallVector<Level, 8> m_levels; // the operators that were entered and not left
     const QueltEeNode* m_pNode;
     Stop m_stop = Stop::leave;
     bool m_started = false;

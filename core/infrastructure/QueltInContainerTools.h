@@ -1,7 +1,7 @@
 #pragma once
 
-#include "infrastructure/QueltInObject.h"
 #include "infrastructure/QueltInText.h"
+#include "infrastructure/QueltInTyped.h"
 
 #include <cstdint>
 
@@ -9,9 +9,8 @@ namespace quelt {
 
 /// True when `object` may be held where `declared` was declared. Nothing may where nothing was declared
 /// (null).
-[[nodiscard]] inline bool isAdmitted(const QueltInObjectTypeClass* declared,
-                                     const QueltInObject& object) noexcept {
-    const QueltInObjectTypeClass* const type = object.dType();
+[[nodiscard]] inline bool isAdmitted(const QueltInObjectTypeClass* declared, const QueltInObject& object) {
+    const QueltInObjectTypeClass* const type = typeOf(object);
     return type != nullptr && type->isa(declared) != 0;
 }
 

@@ -4,6 +4,7 @@
 
 #include <bit>
 #include <chrono>
+#include <cstring>
 #include <exception>
 #include <random>
 
@@ -34,10 +35,10 @@ struct Secret {
         }
     }
 
-    std::array<std::uint64_t, 5> words;
+    std::array<std::uint64_t, 6> words;
 };
 
-const std::array<std::uint64_t, 5>& secret() noexcept {
+const std::array<std::uint64_t, 6>& secret() noexcept {
     static const Secret drawn;
     return drawn.words;
 }
@@ -81,6 +82,13 @@ private:
     std::uint64_t m_v3;
 };
 
+template <class Word>
+Word load(const char* bytes) noexcept {
+    Word word = 0;
+    std::memcpy(&word, bytes, sizeof(Word));
+    return word;
+}
+
 std::uint64_t littleEndian(std::string_view bytes) noexcept {
     std::uint64_t word = 0;
     for (std::size_t position = bytes.size(); position > 0; --position) {
@@ -89,26 +97,52 @@ std::uint64_t littleEndian(std::string_view bytes) noexcept {
     return word;
 }
 
-} // namespace
+constexpr std::size_t s_shortSize = 16;
 
-std::uint64_t keyedHash(std::string_view text) noexcept {
+/// A text of up to 16 bytes as four words. Texts of the same length give different words when they are
+/// different: pieces at the two ends, which may overlap, hold all of it.
+std::array<std::uint32_t, 4> wordsOf(std::string_view text) noexcept {
+    const char* const begin = text.data();
+    const char* const end = begin + text.size();
+    if (text.size() >= 8) {
+        return {load<std::uint32_t>(begin), load<std::uint32_t>(begin + 4), load<std::uint32_t>(end - 8),
+                load<std::uint32_t>(end - 4)};
+    }
+    if (text.size() >= 4) {
+        return {load<std::uint32_t>(begin), load<std::uint32_t>(end - 4), 0, 0};
+    }
+    return {static_cast<std::uint32_t>(littleEndian(text)), 0, 0, 0};
+}
+
+/// The factors are secret. The length is a fifth word.
+std::uint64_t sumOfProducts(const std::array<std::uint32_t, 4>& words, std::uint64_t length) noexcept {
+    const std::array<std::uint64_t, 6>& factors = secret();
+    std::uint64_t sum = factors[4] + factors[5] * length;
+    for (std::size_t position = 0; position < words.size(); ++position) {
+        sum += factors[position] * words[position];
+    }
+    return mixBits(sum);
+}
+
+std::uint64_t hashOfLongText(std::string_view text) noexcept {
     SipState state(secret()[0], secret()[1]);
     const std::uint64_t length = text.size();
     while (text.size() >= 8) {
-        state.take(littleEndian(text.substr(0, 8)));
+        state.take(load<std::uint64_t>(text.data()));
         text.remove_prefix(8);
     }
     state.take(length << 56U | littleEndian(text));
     return state.finish();
 }
 
+} // namespace
+
+std::uint64_t keyedHash(std::string_view text) noexcept {
+    return text.size() <= s_shortSize ? sumOfProducts(wordsOf(text), text.size()) : hashOfLongText(text);
+}
+
 std::uint64_t keyedHash(const std::array<std::uint32_t, 4>& words) noexcept {
-    const std::array<std::uint64_t, 5>& factors = secret();
-    std::uint64_t sum = factors[4];
-    for (std::size_t position = 0; position < words.size(); ++position) {
-        sum += factors[position] * words[position];
-    }
-    return mixBits(sum);
+    return sumOfProducts(words, 0);
 }
 
 } // namespace quelt

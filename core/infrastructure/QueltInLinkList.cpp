@@ -105,10 +105,6 @@ long QueltInLinkList::PutBack(QueltInObject& object) {
     return Set(m_elements.size(), object);
 }
 
-QueltInObject* QueltInLinkList::Get(unsigned int position) const noexcept {
-    return position < m_elements.size() ? m_elements[position] : nullptr;
-}
-
 void QueltInLinkList::noteInsertion(std::uint32_t position) noexcept {
     for (const_iterator* walker = m_pIterators; walker != nullptr; walker = walker->m_pNextOfList) {
         if (walker->m_position > position) {

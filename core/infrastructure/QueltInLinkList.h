@@ -42,7 +42,9 @@ public:
     /// Appends `object`; E_INVALIDARG when it is of another class.
     long PutBack(QueltInObject& object);
     /// The element at `position`, null past the end.
-    [[nodiscard]] QueltInObject* Get(unsigned int position) const noexcept;
+    [[nodiscard]] QueltInObject* Get(unsigned int position) const noexcept {
+        return position < m_elements.size() ? m_elements[position] : nullptr;
+    }
     /// The number of elements.
     [[nodiscard]] int GetLength() const noexcept { return static_cast<int>(m_elements.size()); }
     /// Non-zero when there is no element.
@@ -104,6 +106,10 @@ public:
     [[nodiscard]] unsigned int hash() const override;
 
 protected:
+    /// Makes room for `wanted` elements in all.
+    void reserve(std::size_t wanted) { m_elements.reserve(wanted); }
+    /// Appends `object`, which the list admits; no iterator stands behind it.
+    void append(QueltInObject& object) { m_elements.push_back(&object); }
     /// True when SetEach can make the objects stand at their positions.
     [[nodiscard]] bool canPlace(std::span<const Placed> placed) const;
     /// Takes every element out for which `isOut(element)` answers true, in one pass; it is asked once for

@@ -1,15 +1,27 @@
 #include "infrastructure/QueltInMap.h"
 
 #include "infrastructure/QueltInContainerTools.h"
+#include "infrastructure/QueltInIntHolder.h"
 #include "infrastructure/QueltInResult.h"
 #include "infrastructure/QueltInTypedDefinition.h"
 #include "infrastructure/QueltInValueTools.h"
 
 #include <algorithm>
+#include <functional>
 #include <memory>
-#include <vector>
 
 template class QueltInTyped<QueltInMap, QueltInObjectVal>;
+
+namespace {
+
+/// `key` as a number; null when it is of another class, a derived one included, which may compare otherwise.
+const QueltInIntHolder* asNumber(const QueltInObjectVal& key) {
+    return QueltInTypeTable::find(typeid(key)) == QueltInIntHolder::sType()
+               ? static_cast<const QueltInIntHolder*>(&key)
+               : nullptr;
+}
+
+} // namespace
 
 QueltInMap::QueltInMap(QueltInObjectTypeClass* const& keyType, QueltInObjectTypeClass* const& valueType)
     : m_pKeyType(keyType), m_pValueType(valueType) {}
@@ -26,6 +38,7 @@ QueltInMap::QueltInMap(const QueltInMap& other) : QueltInMap(other.m_pKeyType, o
         m_entries.push_back({entry.key != nullptr ? entry.key->clone(nullptr) : nullptr, entry.value});
     }
     m_index = other.m_index;
+    m_countNumbered = other.m_countNumbered;
 }
 
 QueltInMap::~QueltInMap() {
@@ -46,6 +59,12 @@ long QueltInMap::Put(const QueltInObjectVal& key, const QueltInObject& value) {
     }
     std::unique_ptr<QueltInObjectVal> copy(key.clone(nullptr));
     m_entries.reserve(std::size_t{m_entries.size()} + 1);
+    const QueltInIntHolder* const number = isNumbered() ? asNumber(key) : nullptr;
+    if (number != nullptr && number->m_value == m_entries.size()) {
+        m_entries.push_back({copy.release(), held});
+        ++m_countNumbered;
+        return S_OK;
+    }
     m_index.insertInto(m_entries, copy->BinHashFunc(), [](const QueltInMapEntry& entry) {
         return entry.key != nullptr ? entry.key->BinHashFunc() : 0;
     });
@@ -59,6 +78,12 @@ QueltInObject* QueltInMap::Get(const QueltInObjectVal& key) const {
 }
 
 std::uint32_t QueltInMap::find(const QueltInObjectVal& key) const {
+    if (isNumbered()) {
+        const QueltInIntHolder* const number = asNumber(key);
+        if (number != nullptr) {
+            return number->m_value < m_entries.size() ? number->m_value : quelt::QueltInHashIndex::s_none;
+        }
+    }
     return m_index.findIn(
         m_entries, [&] { return key.BinHashFunc(); },
         [&](const QueltInMapEntry& entry) { return entry.key != nullptr && entry.key->equals(key) != 0; });
@@ -128,14 +153,18 @@ void QueltInDeleteWithObjects(QueltInMap* map) {
     if (map == nullptr) {
         return;
     }
-    std::vector<QueltInObject*> objects;
-    for (QueltInMap::const_iterator iterator = map->cBegin(); iterator.IsEnd() == 0;) {
-        objects.push_back(iterator.GetValGoToNext());
+    // One object may be filed under several keys. The entries themselves are sorted, because what is deleted
+    // while memory is exhausted must not ask for any.
+    std::sort(map->m_entries.begin(), map->m_entries.end(),
+              [](const QueltInMapEntry& left, const QueltInMapEntry& right) {
+                  return std::less<const QueltInObject*>()(left.value, right.value);
+              });
+    const QueltInObject* last = nullptr;
+    for (const QueltInMapEntry& entry : map->m_entries) {
+        if (entry.value != last) {
+            last = entry.value;
+            delete last;
+        }
     }
-    std::sort(objects.begin(), objects.end()); // one object may be filed under several keys
-    objects.erase(std::unique(objects.begin(), objects.end()), objects.end());
     delete map;
-    for (const QueltInObject* const object : objects) {
-        delete object;
-    }
 }

@@ -94,9 +94,14 @@ protected:
     QueltInSmallVector<QueltInMapEntry, 3> m_entries;
 
 private:
+    friend QUELT_CORE_API void QueltInDeleteWithObjects(QueltInMap* map);
     QueltInObjectTypeClass* m_pKeyType;
     QueltInObjectTypeClass* m_pValueType;
-    quelt::QueltInHashIndex m_index;
+    quelt::QueltInHashIndex m_index;   // not needed as long as the keys number the entries
+    std::uint32_t m_countNumbered = 0; // so many entries at the beginning have their own position for a key
+
+    /// True when every entry's key is a QueltInIntHolder with the entry's position, as in a list by number.
+    [[nodiscard]] bool isNumbered() const noexcept { return m_countNumbered == m_entries.size(); }
     [[nodiscard]] std::uint32_t find(const QueltInObjectVal& key) const;
 };
 

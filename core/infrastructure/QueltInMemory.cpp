@@ -36,6 +36,10 @@ struct ThreadMemory {
 };
 thread_local constinit ThreadMemory t_memory;
 
+constexpr std::size_t roundedUp(std::size_t bytes) noexcept {
+    return (bytes + s_alignment - 1) / s_alignment * s_alignment;
+}
+
 /// Under the address sanitizer arena memory that is not handed out is out of bounds, as it would be on the
 /// heap.
 void forbid([[maybe_unused]] const std::byte* memory, [[maybe_unused]] std::size_t bytes) noexcept {
@@ -99,7 +103,8 @@ void QueltInArena::reset() noexcept {
         std::max_element(m_blocks.begin(), m_blocks.end(), [&](const Block& left, const Block& right) {
             return keepable(left) < keepable(right);
         });
-    m_bytesInUse = 0;
+    m_bytesElsewhere = 0;
+    m_pFirst = nullptr;
     m_pNext = nullptr;
     m_pEnd = nullptr;
     for (const Block& block : m_blocks) {
@@ -111,7 +116,7 @@ void QueltInArena::reset() noexcept {
     }
     std::iter_swap(m_blocks.begin(), kept);
     m_blocks.erase(m_blocks.begin() + 1, m_blocks.end());
-    m_pNext = m_blocks.front().memory.get();
+    m_pFirst = m_pNext = m_blocks.front().memory.get();
     m_pEnd = m_pNext + m_blocks.front().size;
     forbid(m_pNext, m_blocks.front().size);
 }
@@ -141,30 +146,36 @@ void QueltInArena::letGoOfShares() noexcept {
 }
 
 void* QueltInArena::take(std::size_t bytes) {
-    if (bytes > std::numeric_limits<std::size_t>::max() / 2) {
-        throw std::bad_alloc();
-    }
-    const std::size_t room = std::max((bytes + s_alignment - 1) / s_alignment * s_alignment, s_alignment);
+    // Blocks are multiples of the alignment, so what fits in the rest of one does so rounded up, too.
     std::byte* memory = m_pNext;
-    if (room <= static_cast<std::size_t>(m_pEnd - m_pNext)) {
-        m_pNext += room;
+    if (bytes <= static_cast<std::size_t>(m_pEnd - m_pNext) && bytes > 0) {
+        m_pNext += roundedUp(bytes);
     } else {
-        memory = takeFromNewBlock(room);
+        memory = takeFromNewBlock(bytes);
     }
-    m_bytesInUse += room;
     permit(memory, bytes);
     return memory;
 }
 
-std::byte* QueltInArena::takeFromNewBlock(std::size_t room) {
-    if (room > m_nextBlockSize / 4) {
-        return addBlock(room); // to itself, so that what is left of the current block is not lost
+std::byte* QueltInArena::takeFromNewBlock(std::size_t bytes) {
+    if (bytes > std::numeric_limits<std::size_t>::max() / 2) {
+        throw std::bad_alloc();
     }
-    std::byte* const memory = addBlock(m_nextBlockSize);
-    m_pNext = memory + room;
-    m_pEnd = memory + m_nextBlockSize;
-    m_nextBlockSize = std::min(m_nextBlockSize * 2, s_largestStep);
-    return memory;
+    const std::size_t room = roundedUp(std::max<std::size_t>(bytes, 1));
+    if (room > m_nextBlockSize / 4) { // to itself, so that what is left of the current block is not lost
+        std::byte* const memory = addBlock(room);
+        m_bytesElsewhere += room;
+        return memory;
+    }
+    if (room > static_cast<std::size_t>(m_pEnd - m_pNext)) {
+        std::byte* const first = addBlock(m_nextBlockSize);
+        m_bytesElsewhere = bytesInUse();
+        m_pFirst = m_pNext = first;
+        m_pEnd = first + m_nextBlockSize;
+        m_nextBlockSize = std::min(m_nextBlockSize * 2, s_largestStep);
+    }
+    m_pNext += room;
+    return m_pNext - room;
 }
 
 std::byte* QueltInArena::addBlock(std::size_t size) {

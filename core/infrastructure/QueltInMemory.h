@@ -49,7 +49,9 @@ public:
     void reset() noexcept;
 
     /// Bytes handed out since the last reset, each piece rounded up to 16, for figures and tests.
-    [[nodiscard]] std::size_t bytesInUse() const noexcept { return m_bytesInUse; }
+    [[nodiscard]] std::size_t bytesInUse() const noexcept {
+        return m_bytesElsewhere + static_cast<std::size_t>(m_pNext - m_pFirst);
+    }
     /// Bytes that the arena holds from the heap, used or not.
     [[nodiscard]] std::size_t bytesReserved() const noexcept;
 
@@ -65,16 +67,17 @@ private:
         std::size_t size = 0;
     };
     [[nodiscard]] void* take(std::size_t bytes);
-    [[nodiscard]] std::byte* takeFromNewBlock(std::size_t room);
+    [[nodiscard]] std::byte* takeFromNewBlock(std::size_t bytes);
     std::byte* addBlock(std::size_t size);
     void letGoOfShares() noexcept;
     [[nodiscard]] bool contains(const void* memory) const noexcept;
 
-    std::vector<Block> m_blocks; // by address
+    std::vector<Block> m_blocks;   // by address
+    std::byte* m_pFirst = nullptr; // the current block, which small objects come from
     std::byte* m_pNext = nullptr;
     std::byte* m_pEnd = nullptr;
     std::size_t m_nextBlockSize = 0;
-    std::size_t m_bytesInUse = 0;
+    std::size_t m_bytesElsewhere = 0; // handed out from other blocks
     std::unordered_map<void*, void (*)(void*) noexcept> m_shares;
     QueltInArena* m_pNextOfThread = nullptr;
 };

@@ -5,6 +5,7 @@
 #include "infrastructure/QueltInResult.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <new>
 
 class QueltInString;
@@ -47,6 +48,9 @@ public:
     static void operator delete(void* memory, void* place) noexcept;
 
 protected:
+    /// How many classes are above this one.
+    [[nodiscard]] static consteval std::uint32_t depth() { return 0; }
+
     /// For derived classes; the root itself holds nothing.
     QueltInObject() = default;
     /// Copies nothing.

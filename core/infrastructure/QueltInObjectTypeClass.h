@@ -5,6 +5,7 @@
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <typeinfo>
 
 class QueltInObject;
 
@@ -27,6 +28,15 @@ public:
         return other != nullptr && other->m_depth <= m_depth && m_pAncestors[other->m_depth] == other ? 1 : 0;
     }
 
+    /// The ancestor that is `depth` classes below the root (0 is the root, the class itself stands last);
+    /// null when the class stands higher. For whoever knows at compile time how deep a class stands.
+    [[nodiscard]] const QueltInObjectTypeClass* ancestorAt(std::uint32_t depth) const noexcept {
+        if (depth < s_inlineAncestors) {
+            return m_inline[depth];
+        }
+        return depth <= m_depth ? m_pAncestors[depth] : nullptr;
+    }
+
     /// `object` when its dynamic type is this class or derives from it, else null.
     [[nodiscard]] QueltInObject* cast(QueltInObject& object) const;
     /// As above, for a constant object.
@@ -43,16 +53,26 @@ private:
     const char* m_name;
     std::uint32_t m_depth;
     const QueltInObjectTypeClass** m_pAncestors; // by depth, the root first, this class last
-    std::array<const QueltInObjectTypeClass*, s_inlineAncestors> m_inline{};
-    std::unique_ptr<const QueltInObjectTypeClass*[]> m_pMore; // only for the rare class that stands deeper
+    std::array<const QueltInObjectTypeClass*, s_inlineAncestors> m_inline{}; // the first of them
+    std::unique_ptr<const QueltInObjectTypeClass*[]> m_pMore; // all, for the rare class that stands deeper
 };
 
 /// Holds one type class with static storage and releases it when the library that registered it is unloaded.
 class QUELT_CORE_API QueltInObjectTypeOwner {
 public:
-    /// Takes `type` over (may be null).
-    explicit QueltInObjectTypeOwner(QueltInObjectTypeClass* type) noexcept : m_pType(type) {}
+    /// Takes `type` over (may be null). `registered`, when it is given, is the C++ class of that type class,
+    /// whose own objects' dType() answers it: type tests find it without asking them then (see
+    /// QueltInTypeTable).
+    explicit QueltInObjectTypeOwner(QueltInObjectTypeClass* type,
+                                    const std::type_info* registered = nullptr) noexcept;
+    ~QueltInObjectTypeOwner();
+    QueltInObjectTypeOwner(const QueltInObjectTypeOwner&) = delete;
+    QueltInObjectTypeOwner& operator=(const QueltInObjectTypeOwner&) = delete;
+
+    /// The type class; null before the library that holds the owner has come to make it.
+    [[nodiscard]] QueltInObjectTypeClass* get() const noexcept { return m_pType.get(); }
 
 private:
     std::unique_ptr<QueltInObjectTypeClass> m_pType;
+    const std::type_info* m_pRegistered;
 };

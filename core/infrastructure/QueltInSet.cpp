@@ -5,7 +5,6 @@
 #include "infrastructure/QueltInValueTools.h"
 
 #include <algorithm>
-#include <vector>
 
 template class QueltInTyped<QueltInSet, QueltInObjectVal>;
 
@@ -138,13 +137,8 @@ void QueltInDeleteWithObjects(QueltInSet* set) {
     if (set == nullptr) {
         return;
     }
-    std::vector<QueltInObject*> objects;
-    QueltInSet::const_iterator iterator = set->cBegin();
-    for (int left = set->GetLength(); left > 0; --left) {
-        objects.push_back(iterator.GetGoToNext());
-    }
-    delete set;
-    for (const QueltInObject* const object : objects) {
+    for (const QueltInObject* const object : set->elements()) {
         delete object;
     }
+    delete set;
 }

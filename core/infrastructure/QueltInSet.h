@@ -41,6 +41,8 @@ public:
     [[nodiscard]] int GetLength() const noexcept { return static_cast<int>(m_elements.size()); }
     /// Non-zero when there is no element.
     [[nodiscard]] int IsEmpty() const noexcept { return m_elements.empty() ? 1 : 0; }
+    /// The elements in order, for walks that change nothing; valid until the next change.
+    [[nodiscard]] std::span<QueltInObject* const> elements() const noexcept { return m_elements.values(); }
     /// The declared class.
     [[nodiscard]] QueltInObjectTypeClass* getElementType() const noexcept { return m_pElementType; }
 

@@ -23,7 +23,15 @@ public:
     /// Without values.
     QueltInSmallVector() noexcept = default;
     /// A copy of the values; room that `other` has ahead is not copied.
-    QueltInSmallVector(const QueltInSmallVector& other) { assign(other.values()); }
+    QueltInSmallVector(const QueltInSmallVector& other) {
+        if (other.m_pData != other.m_inline) {
+            assign(other.values());
+            return;
+        }
+        // As nearly always: a few words, however many of them count.
+        std::memcpy(m_inline, other.m_inline, sizeof m_inline);
+        m_size = other.m_size;
+    }
     /// Replaces the values by a copy of those of `other`.
     QueltInSmallVector& operator=(const QueltInSmallVector& other) {
         if (this != &other) {

@@ -201,6 +201,12 @@ int QueltInTraceClass::isWantedHere() noexcept {
     return QueltInTraceCapture::isEverythingWanted() ? 1 : 0;
 }
 
+bool QueltInTraceClass::isKept(const char* beginning) noexcept {
+    const QueltInTraceCapture* const capture = QueltInTraceCapture::innermost();
+    return capture == nullptr || !capture->wantsReportsOnly() || QueltInTraceSink::isAskedForAll() ||
+           QueltInTraceCapture::mayBeReport(beginning);
+}
+
 void QueltInTraceClass::SetMethod(const char* name) {
     const Ending ending; // for when there is no memory
     ofThread().methods.push_back({this, name != nullptr ? name : ""});
@@ -304,6 +310,12 @@ void QueltInTraceClass::deliver(const QueltInTraceLine& line) {
     }
     if (capture != nullptr) {
         capture->take(line, allWereAskedFor);
+    }
+}
+
+void QueltInTraceClass::noteLostLine() noexcept {
+    if (QueltInTraceCapture* const capture = QueltInTraceCapture::innermost(); capture != nullptr) {
+        capture->m_isIncomplete = true;
     }
 }
 

@@ -42,10 +42,14 @@ public:
     /// Appends the address in hexadecimal digits behind "0x", likewise.
     QueltInTraceClass& operator<<(const void* pointer);
     /// Writes a whole line at level 0: as beginTrace, `<<` with each of `pieces` and endTrace, which look for
-    /// the line each time.
+    /// the line each time. A line that nobody would keep is not put together.
     template <class... Pieces>
-    void writeMessage(Pieces... pieces) {
+    void writeMessage(const char* beginning, Pieces... pieces) {
+        if (!isKept(beginning)) {
+            return;
+        }
         std::string& text = beginLine(0);
+        append(text, beginning);
         (append(text, pieces), ...);
         endTrace(0);
     }
@@ -53,6 +57,10 @@ public:
     void endTrace(int level);
     /// As endTrace, and records the source line number `line`.
     void endTraceWithLineNumber(int level, int line);
+
+    /// Tells the capture of this thread, if there is one, that a line was lost; for whoever traces where
+    /// nothing may be thrown.
+    static void noteLostLine() noexcept;
 
     /// The prefix of the first line of an error report, "[ERROR] ".
     [[nodiscard]] static const char* GetError() noexcept;
@@ -69,6 +77,8 @@ private:
     friend class QueltInTraceSink;
 
     [[nodiscard]] static int isWantedHere() noexcept;
+    /// False when a line that starts with `beginning` would go to nobody.
+    [[nodiscard]] static bool isKept(const char* beginning) noexcept;
     /// Starts a line and gives its text.
     std::string& beginLine(int level);
     static void append(std::string& text, const char* piece);

@@ -3,6 +3,7 @@
 #include "infrastructure/QueltInTraceClass.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdio>
 #include <cstdlib>
@@ -172,12 +173,15 @@ public:
     WritingScope& operator=(const WritingScope&) = delete;
 };
 
-/// True for the shapes of lines that are written whether or not a trace is activated.
-bool isErrorOrWarning(const QueltInTraceLine& line) {
-    const auto startsWith = [&](std::string_view beginning) { return line.text.starts_with(beginning); };
-    return line.level == 0 &&
-           (startsWith(QueltInTraceClass::GetError()) || startsWith(QueltInTraceClass::GetErrorIndent()) ||
-            startsWith("ERROR") || startsWith("WARNING"));
+/// What the lines begin with that report an error or a warning.
+std::array<std::string_view, 4> reportBeginnings() noexcept {
+    return {QueltInTraceClass::GetErrorIndent(), QueltInTraceClass::GetError(), "ERROR", "WARNING"};
+}
+
+bool isReport(const QueltInTraceLine& line) noexcept {
+    return line.level == 0 && std::ranges::any_of(reportBeginnings(), [&](std::string_view beginning) {
+               return line.text.starts_with(beginning);
+           });
 }
 
 } // namespace
@@ -235,11 +239,20 @@ bool QueltInTraceCapture::isEverythingWanted() noexcept {
            (t_pInnermost != nullptr && t_pInnermost->m_wanted == Wanted::everything);
 }
 
+bool QueltInTraceCapture::mayBeReport(const char* beginning) noexcept {
+    const std::string_view whole(beginning != nullptr ? beginning : "");
+    return whole.empty() || std::ranges::any_of(reportBeginnings(), [&](std::string_view report) {
+               const std::size_t common = std::min(report.size(), whole.size());
+               return report.substr(0, common) == whole.substr(0, common);
+           });
+}
+
 QueltInTraceCapture* QueltInTraceCapture::innermost() noexcept {
     return t_pInnermost;
 }
 
 void QueltInTraceCapture::clear() noexcept {
+    m_isIncomplete = false;
     m_lines.clear();
     m_names.clear();
     if (m_lines.capacity() > s_mostLinesKept) {
@@ -253,7 +266,9 @@ void QueltInTraceCapture::clear() noexcept {
 }
 
 void QueltInTraceCapture::take(const QueltInTraceLine& line, bool allWereAskedFor) {
-    if (m_wanted == Wanted::unconditionalLines && allWereAskedFor && !isErrorOrWarning(line)) {
+    const bool onlyReports =
+        m_wanted == Wanted::reports || (m_wanted == Wanted::unconditionalLines && allWereAskedFor);
+    if (onlyReports && !isReport(line)) {
         return;
     }
     if (m_lines.empty()) {

@@ -60,7 +60,8 @@ class QUELT_CORE_API QueltInTraceCapture {
 public:
     /// What the capture asks the trace objects for on this thread.
     enum class Wanted {
-        unconditionalLines, ///< errors and warnings only, as without any trace, also when QUELT_TRACE is set
+        reports,            ///< errors and warnings only; lines of other kinds are not even put together
+        unconditionalLines, ///< what is written without any trace; when QUELT_TRACE is set, as reports
         everything          ///< every line: trace objects answer that they are activated
     };
     /// Opens the capture.
@@ -72,8 +73,10 @@ public:
 
     /// The lines so far.
     [[nodiscard]] const std::vector<QueltInTraceLine>& lines() const noexcept { return m_lines; }
-    /// Forgets the lines so far, so that one capture serves many conversions; room for the usual number of
-    /// lines stays.
+    /// True when a line was lost because there was no memory for it (QueltInTraceClass::noteLostLine).
+    [[nodiscard]] bool isIncomplete() const noexcept { return m_isIncomplete; }
+    /// Forgets the lines so far, lost ones too, so that one capture serves many conversions; room for the
+    /// usual number of lines stays.
     void clear() noexcept;
 
 private:
@@ -82,6 +85,9 @@ private:
     [[nodiscard]] static bool isEverythingWanted() noexcept;
     /// The capture that takes the lines of this thread, null when there is none.
     [[nodiscard]] static QueltInTraceCapture* innermost() noexcept;
+    [[nodiscard]] bool wantsReportsOnly() const noexcept { return m_wanted == Wanted::reports; }
+    /// False when no error or warning begins like this.
+    [[nodiscard]] static bool mayBeReport(const char* beginning) noexcept;
     void take(const QueltInTraceLine& line, bool allWereAskedFor);
     [[nodiscard]] std::string_view keep(std::string_view text);
     [[nodiscard]] std::string_view keepName(std::string_view name);
@@ -93,5 +99,6 @@ private:
     std::vector<QueltInTraceLine> m_lines;
     std::vector<std::string_view> m_names; // those of classes and domains, each kept once
     Wanted m_wanted;
+    bool m_isIncomplete = false;
     QueltInTraceCapture* m_pOuter;
 };

@@ -1,6 +1,21 @@
 #pragma once
 
 #include "infrastructure/QueltInObject.h"
+#include "infrastructure/QueltInTypeTable.h"
+
+#include <cstdint>
+#include <typeinfo>
+
+namespace quelt {
+
+/// What object.dType() answers, without the virtual call where the object's own class is registered. Null
+/// when memory was exhausted at load.
+[[nodiscard, gnu::always_inline]] inline const QueltInObjectTypeClass* typeOf(const QueltInObject& object) {
+    const QueltInObjectTypeClass* const known = QueltInTypeTable::find(typeid(object));
+    return known != nullptr ? known : object.dType();
+}
+
+} // namespace quelt
 
 /// The type registry's part of a class, written once. A class says its base and its name; its header says
 /// before it that this part is made elsewhere, and by which library:
@@ -18,9 +33,9 @@
 ///     template class QueltInTyped<QueltEeTrue, QueltEeNodeLeaf>;
 ///
 /// That last line makes the type class when the library is loaded and releases it when it is unloaded.
-/// Without the declaration in the header, every source file that registers a class of its own would make a
-/// second type class for this one. It stands before the class because a DLL's marks hold from the first
-/// use on; a class that no library gives out has none.
+/// A registered class leaves dType() as it is. Without the declaration in the header, every source file that
+/// registers a class of its own would make a second type class for this one. It stands before the class
+/// because a DLL's marks hold from the first use on; a class that no library gives out has none.
 template <class Self, class Base>
 class QueltInTyped : public Base {
 public:
@@ -37,8 +52,14 @@ public:
 
     /// Non-zero when `object` is of this class or of one derived from it.
     [[nodiscard, gnu::always_inline]] static int isObjectOfThisType(const QueltInObject& object) {
-        const QueltInObjectTypeClass* const type = object.dType();
-        return type != nullptr ? type->isa(sType()) : 0;
+        return isOfThisType(quelt::typeOf(object)) ? 1 : 0;
+    }
+    /// True when `type` (null is none) is this class's type class or derives from it; for whoever asks about
+    /// several classes in turn, with what quelt::typeOf has answered.
+    [[nodiscard, gnu::always_inline]] static bool isOfThisType(const QueltInObjectTypeClass* type) {
+        const QueltInObjectTypeClass* const made = QueltInObject_internal_staticType_owner.get();
+        const QueltInObjectTypeClass* const wanted = made != nullptr ? made : sType();
+        return type != nullptr && wanted != nullptr && type->ancestorAt(depth()) == wanted;
     }
     /// `object` as this class, or null when it is not one.
     [[nodiscard, gnu::always_inline]] static Self* cast(QueltInObject& object) {
@@ -56,6 +77,10 @@ public:
     [[nodiscard, gnu::always_inline]] static const Self* cast(const QueltInObject* object) {
         return object != nullptr ? cast(*object) : nullptr;
     }
+
+protected:
+    /// How many classes are above this one. Known to the compiler alone, so that no library gives it out.
+    [[nodiscard]] static consteval std::uint32_t depth() { return Base::depth() + 1; }
 
 private:
     static const QueltInObjectTypeOwner QueltInObject_internal_staticType_owner;

@@ -18,4 +18,5 @@ QueltInObjectTypeClass* QueltInTyped<Self, Base>::dType() const {
 
 template <class Self, class Base>
 const QueltInObjectTypeOwner
-    QueltInTyped<Self, Base>::QueltInObject_internal_staticType_owner(QueltInTyped<Self, Base>::sType());
+    QueltInTyped<Self, Base>::QueltInObject_internal_staticType_owner(QueltInTyped<Self, Base>::sType(),
+                                                                      &typeid(Self));

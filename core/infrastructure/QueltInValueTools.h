@@ -11,13 +11,13 @@ namespace quelt {
 /// equal.
 template <class Self>
 [[nodiscard]] const Self* asSameClass(const Self& self, const QueltInObjectVal& other) {
-    return self.dType() == other.dType() ? static_cast<const Self*>(&other) : nullptr;
+    return typeOf(self) == typeOf(other) ? static_cast<const Self*>(&other) : nullptr;
 }
 
 /// A copy of `self`: in `reuse` when that is of the same class, else a new one.
 template <class Self>
 [[nodiscard]] QueltInObjectVal* copyInto(const Self& self, QueltInObjectVal* reuse) {
-    if (reuse == nullptr || reuse->dType() != self.dType()) {
+    if (reuse == nullptr || typeOf(*reuse) != typeOf(self)) {
         return new Self(self);
     }
     *static_cast<Self*>(reuse) = self;

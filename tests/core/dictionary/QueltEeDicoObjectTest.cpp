@@ -11,6 +11,7 @@ TEST(QueltEeDicoObjectTest, HasNeitherNameNorGuidAtFirst) {
     const QueltEeDicoObject object;
     EXPECT_EQ(object.getName().view(), "");
     EXPECT_EQ(object.getGuid(), QueltInGuid());
+    EXPECT_EQ(object.getGuidHash(), QueltInGuid().fullHash());
     EXPECT_EQ(object.toString().view(), "\"\"");
 }
 
@@ -41,6 +42,7 @@ TEST(QueltEeDicoObjectTest, TakesNameAndGuidLater) {
     EXPECT_EQ(object.initFakeNameAndGuid("stand-in", guidOf(3)), S_OK);
     EXPECT_EQ(object.getName().view(), "stand-in");
     EXPECT_EQ(object.getGuid(), guidOf(3));
+    EXPECT_EQ(object.getGuidHash(), guidOf(3).fullHash());
 }
 
 TEST(QueltEeDicoObjectTest, MayBeRenamedToItsOwnName) {

@@ -169,6 +169,12 @@ public:
     QueltEeNodeRef* clone() const override { return nullptr; }
 };
 
+/// A leaf that gives itself for a copy.
+class Shared : public QueltEeTrue {
+public:
+    QueltEeNodeRef* clone() const override { return const_cast<Shared*>(this)->getNodeRef(); }
+};
+
 /// Writes down what it is shown, in order, and answers `m_results` in turn, then the last of them.
 class Recorder : public QueltEeNodeVisitor {
 public:

@@ -209,6 +209,31 @@ TEST_F(QueltEeNodeTest, AliasedChildrenBecomeCopiesOfTheClonesOwn) {
     EXPECT_NE(childOf(groupIn(*copy), 0).getNode(), childOf(groupIn(*tree), 0).getNode());
 }
 
+TEST_F(QueltEeNodeTest, ALeafThatGivesItselfForACopyIsShared) {
+    const OwnedReference tree = allOf(always(), held(new Shared), anyOf(held(new Shared), never()));
+    OwnedReference copy(tree->getNode()->clone());
+    ASSERT_NE(copy, nullptr);
+    EXPECT_EQ(textOf(*copy), "AND(TRUE, TRUE, OR(TRUE, FALSE))");
+    EXPECT_TRUE(childOf(groupIn(*copy), 0).ownsNode());
+    EXPECT_FALSE(childOf(groupIn(*copy), 1).ownsNode());
+    EXPECT_EQ(childOf(groupIn(*copy), 1).getNode(), childOf(groupIn(*tree), 1).getNode());
+    copy.reset();
+    EXPECT_EQ(textOf(*tree), "AND(TRUE, TRUE, OR(TRUE, FALSE))");
+}
+
+TEST_F(QueltEeNodeTest, ClonesOfWideAndDeepTreesSayTheSame) {
+    OwnedReference tree = allOf();
+    for (int depth = 0; depth < 40; ++depth) {
+        for (int width = 0; width <= depth; ++width) {
+            EXPECT_EQ(groupIn(*tree).addChild(*new CountedTrue(m_alive)), S_OK);
+        }
+        tree = depth % 2 == 0 ? anyOf(std::move(tree)) : notOf(std::move(tree));
+        tree = allOf(never(), std::move(tree), always());
+    }
+    const OwnedReference copy(tree->getNode()->clone());
+    EXPECT_EQ(textOf(*copy), textOf(*tree));
+}
+
 TEST_F(QueltEeNodeTest, WhatCannotBeCopiedGivesNoClone) {
     const OwnedReference unique = allOf(anyOf(always(), never()), notOf(held(new Unique)), always());
     EXPECT_EQ(unique->getNode()->clone(), nullptr);

@@ -55,3 +55,16 @@ TEST(QueltInKeyedHash, SpreadsWords) {
         }
     }
 }
+
+TEST(QueltInKeyedHash, SpreadsNumberedNames) {
+    // As above, for names that only a number tells apart, of every length up to the longest short ones.
+    constexpr int names = 4096;
+    for (const char* const beginning : {"", "v", "Option", "Selection-00"}) {
+        std::vector<int> places(65'536);
+        int pairs = 0;
+        for (int number = 0; number < names; ++number) {
+            pairs += places[keyedHash(beginning + std::to_string(number)) % places.size()]++;
+        }
+        EXPECT_LT(pairs, 4 * 128) << beginning;
+    }
+}

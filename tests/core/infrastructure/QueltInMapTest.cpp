@@ -37,7 +37,62 @@ Entries entriesOf(const QueltInMap& map) {
     return entries;
 }
 
+/// A number that is equal to none, not even to itself; of a class that is not registered.
+class Unequal : public QueltInIntHolder {
+public:
+    using QueltInIntHolder::QueltInIntHolder;
+    int equals(const QueltInObjectVal& /*other*/) const override { return 0; }
+};
+
 } // namespace
+
+TEST(QueltInMap, FindsNumbersInAndOutOfOrderAndOtherKeysBesideThem) {
+    std::deque<Part> parts;
+    QueltInMap map(QueltInObjectVal::sType(), Part::sType());
+    const auto put = [&](const QueltInObjectVal& key) {
+        EXPECT_EQ(map.Put(key, parts.emplace_back(static_cast<int>(parts.size()))), S_OK);
+    };
+    for (unsigned int number = 0; number < 12; ++number) { // each the number of its place
+        put(QueltInIntHolder(number));
+        EXPECT_EQ(map.Get(QueltInIntHolder(number)), &parts[number]);
+        EXPECT_EQ(map.Get(QueltInIntHolder(number + 1)), nullptr);
+        EXPECT_EQ(map.Get(QueltInString("0")), nullptr);
+    }
+    const std::unique_ptr<QueltInObjectVal> copy(map.clone(nullptr));
+    put(QueltInString("twelve"));
+    put(QueltInIntHolder(13));
+    put(QueltInIntHolder(12));
+    put(QueltInIntHolder(4'000'000'000U));
+    EXPECT_EQ(map.Put(QueltInIntHolder(3), parts[0]), S_OK);
+    EXPECT_EQ(map.GetLength(), 16);
+    EXPECT_EQ(map.Get(QueltInIntHolder(3)), &parts[0]);
+    EXPECT_EQ(map.Get(QueltInString("twelve")), &parts[12]);
+    EXPECT_EQ(map.Get(QueltInIntHolder(13)), &parts[13]);
+    EXPECT_EQ(map.Get(QueltInIntHolder(12)), &parts[14]);
+    EXPECT_EQ(map.Get(QueltInIntHolder(4'000'000'000U)), &parts[15]);
+    EXPECT_EQ(map.Get(QueltInIntHolder(14)), nullptr);
+
+    auto& copied = static_cast<QueltInMap&>(*copy);
+    EXPECT_EQ(copied.GetLength(), 12);
+    EXPECT_EQ(copied.Get(QueltInIntHolder(11)), &parts[11]);
+    EXPECT_EQ(copied.Get(QueltInIntHolder(12)), nullptr);
+    EXPECT_EQ(copied.Put(QueltInIntHolder(12), parts[0]), S_OK);
+    EXPECT_EQ(copied.Get(QueltInIntHolder(12)), &parts[0]);
+}
+
+TEST(QueltInMap, AsksKeysOfDerivedClassesWhetherTheyAreEqual) {
+    Part part;
+    QueltInMap map(QueltInIntHolder::sType(), Part::sType());
+    EXPECT_EQ(map.Put(QueltInIntHolder(0), part), S_OK);
+    EXPECT_EQ(map.Put(QueltInIntHolder(1), part), S_OK);
+    EXPECT_EQ(map.Get(Unequal(1)), &part) << "the map's own key is asked";
+    ForeignMap foreign(QueltInIntHolder::sType(), Part::sType());
+    foreign.append(new Unequal(0), &part);
+    EXPECT_EQ(foreign.Get(QueltInIntHolder(0)), nullptr);
+    EXPECT_EQ(foreign.Put(QueltInIntHolder(1), part), S_OK);
+    EXPECT_EQ(foreign.Get(QueltInIntHolder(1)), &part);
+    EXPECT_EQ(foreign.Get(QueltInIntHolder(0)), nullptr);
+}
 
 TEST(QueltInMap, IteratesInTheOrderOfInsertionAndKeepsPlacesOnReplacement) {
     Part first(1);

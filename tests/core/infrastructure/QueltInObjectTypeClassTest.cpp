@@ -14,6 +14,7 @@
 #include <memory>
 #include <set>
 #include <string>
+#include <typeinfo>
 #include <vector>
 
 namespace {
@@ -41,6 +42,13 @@ std::vector<std::unique_ptr<QueltInObject>> chain(std::integer_sequence<int, Dep
 class Late : public QueltInTyped<Late, QueltInObject> {
 public:
     static constexpr const char* s_className = "Late";
+};
+
+/// A spare part that says of itself what it is told; of a class that is not registered.
+class Masked : public SparePart {
+public:
+    QueltInObjectTypeClass* dType() const override { return m_mask; }
+    QueltInObjectTypeClass* m_mask = SparePart::sType();
 };
 
 struct Enclosing {
@@ -139,6 +147,22 @@ TEST(QueltInObjectTypeClass, ObjectsOfAnyDepthAreToldApart) {
     }
 }
 
+TEST(QueltInObjectTypeClass, EveryAncestorStandsAtItsDepth) {
+    const auto objects = chain(std::make_integer_sequence<int, 20>());
+    for (std::size_t derived = 0; derived < objects.size(); ++derived) {
+        const QueltInObjectTypeClass* const type = objects[derived]->dType();
+        EXPECT_EQ(type->ancestorAt(0), QueltInObject::sType());
+        for (std::size_t base = 0; base < objects.size(); ++base) {
+            const QueltInObjectTypeClass* const expected = base <= derived ? objects[base]->dType() : nullptr;
+            EXPECT_EQ(type->ancestorAt(static_cast<std::uint32_t>(base + 1)), expected)
+                << derived << " at " << base + 1;
+        }
+        EXPECT_EQ(Derived<0>::cast(*objects[derived]), objects[derived].get());
+        EXPECT_EQ(Derived<11>::cast(*objects[derived]) != nullptr, derived >= 11) << derived;
+        EXPECT_EQ(Derived<15>::cast(*objects[derived]) != nullptr, derived >= 15) << derived;
+    }
+}
+
 TEST(QueltInObjectTypeClass, TypesOfAnyDepthAreMadeAndReleased) {
     std::vector<std::unique_ptr<QueltInObjectTypeClass>> types;
     const QueltInObjectTypeClass* parent = nullptr;
@@ -172,6 +196,45 @@ TEST(QueltInObjectTypeClass, ThereIsOneAClassHoweverManyThreadsAskFirst) {
 TEST(QueltInObjectTypeClass, OwnerTakesNull) {
     const QueltInObjectTypeOwner empty(nullptr);
     const QueltInObjectTypeOwner full(QueltInObjectTypeClass::make("Passing", QueltInObject::sType()));
+}
+
+TEST(QueltInTypeTable, KnowsRegisteredClassesOnly) {
+    const SparePart spare;
+    const Part& asPart = spare;
+    EXPECT_EQ(QueltInTypeTable::find(typeid(asPart)), SparePart::sType());
+    const Masked masked;
+    EXPECT_EQ(QueltInTypeTable::find(typeid(masked)), nullptr);
+}
+
+TEST(QueltInTypeTable, AnOverrideOfDTypeIsHeededEachTime) {
+    Masked masked;
+    QueltInObject& object = masked;
+    EXPECT_NE(SparePart::isObjectOfThisType(object), 0);
+    masked.m_mask = Part::sType();
+    EXPECT_EQ(SparePart::isObjectOfThisType(object), 0);
+    EXPECT_NE(Part::isObjectOfThisType(object), 0);
+    EXPECT_EQ(SparePart::sType()->cast(object), nullptr);
+    masked.m_mask = nullptr; // as where memory was exhausted at load
+    EXPECT_EQ(Part::isObjectOfThisType(object), 0);
+    EXPECT_EQ(Part::cast(object), nullptr);
+    EXPECT_EQ(Part::sType()->cast(object), nullptr);
+}
+
+TEST(QueltInTypeTable, OwnersEnterAndRemove) {
+    const Masked masked;
+    const QueltInObject& object = masked;
+    auto* const type = QueltInObjectTypeClass::make("Masked", SparePart::sType());
+    {
+        const QueltInObjectTypeOwner owner(type, &typeid(Masked));
+        EXPECT_EQ(owner.get(), type);
+        EXPECT_EQ(QueltInTypeTable::find(typeid(object)), type);
+        // A place that is taken stays whose it is.
+        QueltInTypeTable::enter(typeid(Masked), *Part::sType());
+        EXPECT_EQ(QueltInTypeTable::find(typeid(object)), type);
+    }
+    EXPECT_EQ(QueltInTypeTable::find(typeid(object)), nullptr);
+    QueltInTypeTable::remove(typeid(Masked)); // once more does no harm
+    EXPECT_EQ(quelt::typeOf(object), SparePart::sType());
 }
 
 TEST(QueltInObject, TextIsTheClassName) {

@@ -212,6 +212,34 @@ TEST(QueltInTraceCapture, InnermostTakesTheLines) {
     EXPECT_TRUE(sink.lines().empty());
 }
 
+TEST(QueltInTraceCapture, ReportsAreErrorsAndWarnings) {
+    CollectingSink sink;
+    QueltInTraceCapture capture(Wanted::reports);
+    EXPECT_EQ(s_trace.IsActivated(), 0);
+    for (const char* const text : {"", "at root", "E", "WARN", "[ERROR]x", "       seven", "error"}) {
+        s_trace.writeMessage(text);
+        message(s_trace, text);
+    }
+    s_trace.writeMessage("Old number : ", 12);
+    EXPECT_TRUE(capture.lines().empty());
+    const std::vector<const char*> reports = {"[ERROR] file(12)", "        what", "ERROR", "ERRORS",
+                                              "WARNING : none"};
+    for (const char* const text : reports) {
+        s_trace.writeMessage(text);
+        message(s_trace, text);
+    }
+    s_trace.writeMessage("ERR", "OR : in pieces, ", 7);
+    s_trace.writeMessage(nullptr, "WARNING");
+    std::vector<QueltInTraceLine> expected;
+    for (const char* const text : reports) {
+        expected.insert(expected.end(), 2, line("", text));
+    }
+    expected.push_back(line("", "ERROR : in pieces, 7"));
+    expected.push_back(line("", "WARNING"));
+    EXPECT_EQ(capture.lines(), expected);
+    EXPECT_TRUE(sink.lines().empty());
+}
+
 TEST(QueltInTraceCapture, MayCloseOutOfOrder) {
     CollectingSink sink;
     std::optional<QueltInTraceCapture> outer(Wanted::everything);
