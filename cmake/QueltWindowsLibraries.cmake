@@ -1,5 +1,6 @@
-# The libraries of the host application, for Windows: Debian has them for its own platform only. Two consist of headers
-# alone, which serve as they are; simdjson's sources come from Debian's source package (scripts/simdjson-source.sh).
+# The libraries of the host application, for Windows: Debian has them for its own platform only. CLI11 consists of
+# headers alone, which serve as they are; simdjson's sources come from Debian's source package
+# (scripts/simdjson-source.sh). The tests' RapidJSON consists of headers, too.
 
 set(libraries "${PROJECT_SOURCE_DIR}/build/sources")
 set(headers "${PROJECT_BINARY_DIR}/headers")
@@ -17,7 +18,8 @@ foreach(library CLI rapidjson)
 endforeach()
 add_library(CLI11::CLI11 INTERFACE IMPORTED)
 target_include_directories(CLI11::CLI11 INTERFACE "${headers}")
-set(RAPIDJSON_INCLUDE_DIRS "${headers}")
+add_library(RapidJSON INTERFACE IMPORTED GLOBAL)
+target_include_directories(RapidJSON INTERFACE "${headers}")
 
 add_library(simdjson STATIC "${libraries}/simdjson/simdjson.cpp")
 add_library(simdjson::simdjson ALIAS simdjson)

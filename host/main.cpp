@@ -1,9 +1,11 @@
 #include "commands/CommandLine.h"
+#include "platform/Interruption.h"
 #include "platform/Program.h"
 
 #include <cstdlib>
 #include <exception>
 #include <iostream>
+#include <new>
 
 namespace {
 
@@ -19,6 +21,7 @@ int main(int argumentCount, char** arguments) {
     using namespace quelt::host;
     enum Stream { standardInput, standardOutput, standardError };
     const ProgramScope program;
+    const InterruptionScope interruptions;
     const std::unique_ptr<ByteSource> input = sourceOf(standardInput);
     const std::unique_ptr<ByteSink> output = sinkOf(standardOutput);
     Console console{*input, *output, std::cerr};
@@ -28,6 +31,9 @@ int main(int argumentCount, char** arguments) {
     console.hasColours = console.messagesAreTerminal && program.hasColours() && !areColoursRefused();
     try {
         return static_cast<int>(runCommandLine(programArguments(argumentCount, arguments), console));
+    } catch (const std::bad_alloc&) {
+        std::cerr << "quelt-migrate: out of memory\n"; // what else would be said takes memory
+        return static_cast<int>(ExitStatus::partly);
     } catch (const std::exception& failure) {
         writeMessage(console, failure.what());
         return static_cast<int>(ExitStatus::partly);

@@ -1,17 +1,12 @@
 #include "commands/BatchPipeline.h"
 
+#include "platform/Interruption.h"
+
 #include <thread>
 
 namespace quelt::host {
 
-namespace {
-
-/// Smaller than what one thread alone reads at a time: several batches are in memory at once.
-constexpr std::size_t s_readSize = std::size_t{256} << 10U;
-
-} // namespace
-
-BatchPipeline::BatchPipeline(const MakeLineConverter& makeConverter, unsigned jobs, ByteSource& input,
+BatchPipeline::BatchPipeline(const MakeLineConverter& makeConverter, unsigned jobs, LineReader& input,
                              ByteSink& output, Progress& progress)
     : m_makeConverter(makeConverter), m_jobs(jobs), m_input(input), m_output(output), m_progress(progress),
       m_slots(jobs + 3U) {} // one being read, one being written, one in reserve
@@ -44,11 +39,11 @@ void BatchPipeline::guard(Step step) noexcept {
 }
 
 void BatchPipeline::read() {
-    LineReader reader(m_input, s_readSize);
+    std::optional<StreamFailure> failure;
     try {
         for (std::uint64_t number = 0;; ++number) {
             Slot* const slot = await(number, State::free);
-            if (slot == nullptr || !reader.fill(slot->batch)) {
+            if (slot == nullptr || !m_input.fill(slot->batch)) {
                 break;
             }
             const std::lock_guard lock(m_mutex);
@@ -56,10 +51,13 @@ void BatchPipeline::read() {
             ++m_filled;
             m_changed.notify_all();
         }
-    } catch (const StreamFailure& failure) {
-        m_result.readFailure = failure;
+    } catch (const StreamFailure& reason) {
+        failure = reason;
     }
     const std::lock_guard lock(m_mutex);
+    if (failure) {
+        m_result.noteReadFailure(*failure);
+    }
     m_isInputRead = true;
     m_changed.notify_all();
 }
@@ -67,14 +65,21 @@ void BatchPipeline::read() {
 void BatchPipeline::work() {
     const std::unique_ptr<LineConverter> converter = m_makeConverter();
     while (Slot* const slot = awaitWork()) {
-        slot->counts = {};
-        for (const Line& line : slot->batch.lines()) {
-            converter->convert(line, slot->batch.textOf(line), slot->answers, slot->counts);
-        }
+        convert(*converter, *slot);
         setState(*slot, State::converted);
     }
-    const std::lock_guard lock(m_mutex);
-    m_result.failures.add(converter->failures());
+}
+
+void BatchPipeline::convert(LineConverter& converter, Slot& slot) {
+    slot.counts = {};
+    for (const Line& line : slot.batch.lines()) {
+        slot.isCut = interruption() != 0;
+        if (slot.isCut) {
+            break;
+        }
+        converter.convert(line, slot.batch.textOf(line), slot.answers, slot.counts);
+    }
+    slot.failures = converter.takeFailures();
 }
 
 void BatchPipeline::write() {
@@ -84,17 +89,27 @@ void BatchPipeline::write() {
             if (slot == nullptr) {
                 return;
             }
-            m_result.counts += slot->counts;
-            m_progress.clearForAnswers();
-            m_output.write(viewOf(slot->answers));
-            m_progress.update(m_result.counts, slot->batch.endOfInput());
-            empty(slot->answers);
+            writeAnswers(*slot);
+            if (slot->isCut) {
+                break; // what was converted of later batches has a gap in front
+            }
             setState(*slot, State::free);
         }
+        const std::lock_guard lock(m_mutex);
+        m_result.isInterrupted = true;
     } catch (const StreamFailure& failure) {
         m_result.writeFailure = failure;
-        stop(nullptr);
     }
+    stop(nullptr);
+}
+
+void BatchPipeline::writeAnswers(Slot& slot) {
+    m_progress.clearForAnswers();
+    m_output.write(slot.answers.view());
+    m_result.counts += slot.counts; // only what was written counts
+    m_result.failures.add(slot.failures);
+    m_progress.update(m_result.counts, slot.batch.endOfInput());
+    slot.answers.clear();
 }
 
 BatchPipeline::Slot* BatchPipeline::await(std::uint64_t number, State state) {

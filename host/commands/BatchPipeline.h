@@ -15,7 +15,7 @@ namespace quelt::host {
 class BatchPipeline {
 public:
     /// See runConversion; `jobs` workers. `makeConverter` must outlive the pipeline.
-    BatchPipeline(const MakeLineConverter& makeConverter, unsigned jobs, ByteSource& input, ByteSink& output,
+    BatchPipeline(const MakeLineConverter& makeConverter, unsigned jobs, LineReader& input, ByteSink& output,
                   Progress& progress);
 
     /// Runs once.
@@ -28,11 +28,15 @@ private:
         LineBatch batch;
         TextBuffer answers;
         Counts counts;
+        FailureTally failures;
+        bool isCut = false; // an interruption left lines without an answer
     };
 
     void read();
     void work();
+    void convert(LineConverter& converter, Slot& slot);
     void write();
+    void writeAnswers(Slot& slot);
     /// Runs `step`; an exception ends the run, which throws it again.
     template <class Step>
     void guard(Step step) noexcept;
@@ -46,7 +50,7 @@ private:
 
     const MakeLineConverter& m_makeConverter;
     unsigned m_jobs;
-    ByteSource& m_input;
+    LineReader& m_input;
     ByteSink& m_output;
     Progress& m_progress;
     RunResult m_result;

@@ -15,6 +15,8 @@ class StreamFailure : public std::runtime_error {
 public:
     /// For the error number `code` of the system.
     explicit StreamFailure(int code);
+    /// The same, with a reason that says more.
+    StreamFailure(int code, const std::string& reason) : std::runtime_error(reason), m_code(code) {}
     [[nodiscard]] int code() const noexcept { return m_code; }
 
 private:
@@ -33,7 +35,7 @@ class ByteSource {
 public:
     virtual ~ByteSource() = default;
     /// Reads up to `size` bytes into `data`, at least one, waiting for it when need be; 0 at the end. Throws
-    /// a StreamFailure.
+    /// a StreamFailure; its code is EINTR when the program has been asked to end (see InterruptionScope).
     virtual std::size_t read(char* data, std::size_t size) = 0;
     /// How many bytes there are in all, when that is known beforehand.
     [[nodiscard]] virtual std::optional<std::uint64_t> size() const { return std::nullopt; }
@@ -45,7 +47,8 @@ public:
 class ByteSink {
 public:
     virtual ~ByteSink() = default;
-    /// Writes all of `bytes`. Throws a StreamFailure.
+    /// Writes all of `bytes`. Throws a StreamFailure; its code is EINTR when the program has been asked to
+    /// end and nobody takes the bytes.
     virtual void write(std::string_view bytes) = 0;
     /// Says that nothing more comes. Throws a StreamFailure when it turns out now that something was not
     /// written.

@@ -1,6 +1,11 @@
 #include "commands/ByteStreams.h"
 
+#include "platform/Interruption.h"
+
+#include <algorithm>
+#include <array>
 #include <cerrno>
+#include <climits>
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/stat.h>
@@ -44,21 +49,34 @@ std::optional<FileIdentity> identityOf(const std::optional<struct stat>& status)
     return FileIdentity{status->st_dev, status->st_ino};
 }
 
-/// Repeats `call` until it is neither interrupted nor asked to come again; throws for any other failure.
-template <class Call>
-std::size_t persist(int descriptor, short event, Call call) {
+/// Whether a call that failed with `error` is to be made again.
+bool isPassing(int error) {
+    return error == EAGAIN || error == EWOULDBLOCK || error == EINTR;
+}
+
+/// Waits until there is something to read, or the program is asked to end; then it throws.
+void awaitInput(int descriptor) {
+    std::array<struct pollfd, 2> waiting{{{descriptor, POLLIN, 0}, {interruptionDescriptor(), POLLIN, 0}}};
+    ::poll(waiting.data(), waiting.size(), -1);
+    if (interruption() != 0) {
+        throw StreamFailure(EINTR);
+    }
+}
+
+/// Waits until something can be written. When the program is asked to end, whoever reads has a moment to do
+/// so; then it throws.
+void awaitRoom(int descriptor) {
+    constexpr int patience = 1000; // milliseconds
     for (;;) {
-        const ssize_t count = call();
-        if (count >= 0) {
-            return static_cast<std::size_t>(count);
+        const bool isInterrupted = interruption() != 0;
+        std::array<struct pollfd, 2> waiting{
+            {{descriptor, POLLOUT, 0}, {isInterrupted ? -1 : interruptionDescriptor(), POLLIN, 0}}};
+        const int ready = ::poll(waiting.data(), waiting.size(), isInterrupted ? patience : -1);
+        if (ready == 0) {
+            throw StreamFailure(EINTR);
         }
-        if (errno == EAGAIN || errno == EWOULDBLOCK) {
-            struct pollfd waiting {
-                descriptor, event, 0
-            };
-            ::poll(&waiting, 1, -1);
-        } else if (errno != EINTR) {
-            throw StreamFailure(errno);
+        if (waiting[0].revents != 0 || (ready < 0 && errno != EINTR)) {
+            return;
         }
     }
 }
@@ -68,8 +86,16 @@ public:
     DescriptorSource(int number, bool isOwned) : m_descriptor(number, isOwned) {}
 
     std::size_t read(char* data, std::size_t size) override {
-        const int number = m_descriptor.number();
-        return persist(number, POLLIN, [&] { return ::read(number, data, size); });
+        for (;;) {
+            awaitInput(m_descriptor.number());
+            const ssize_t count = ::read(m_descriptor.number(), data, size);
+            if (count >= 0) {
+                return static_cast<std::size_t>(count);
+            }
+            if (!isPassing(errno)) {
+                throw StreamFailure(errno);
+            }
+        }
     }
     [[nodiscard]] std::optional<std::uint64_t> size() const override {
         const std::optional<struct stat> status = m_descriptor.status();
@@ -93,13 +119,20 @@ private:
 
 class DescriptorSink : public ByteSink {
 public:
-    DescriptorSink(int number, bool isOwned) : m_descriptor(number, isOwned) {}
+    DescriptorSink(int number, bool isOwned) : m_descriptor(number, isOwned), m_isFile(file().has_value()) {}
 
     void write(std::string_view bytes) override {
-        const int number = m_descriptor.number();
         while (!bytes.empty()) {
-            bytes.remove_prefix(
-                persist(number, POLLOUT, [&] { return ::write(number, bytes.data(), bytes.size()); }));
+            // A pipe that has any room takes so much without waiting.
+            const std::size_t size = m_isFile ? bytes.size() : std::min<std::size_t>(bytes.size(), PIPE_BUF);
+            if (!m_isFile) {
+                awaitRoom(m_descriptor.number());
+            }
+            const ssize_t count = ::write(m_descriptor.number(), bytes.data(), size);
+            if (count < 0 && !isPassing(errno)) {
+                throw StreamFailure(errno);
+            }
+            bytes.remove_prefix(static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
         }
     }
     void finish() override {
@@ -107,12 +140,11 @@ public:
             throw StreamFailure(error);
         }
     }
-    [[nodiscard]] std::optional<FileIdentity> file() const override {
-        return identityOf(m_descriptor.status());
-    }
+    [[nodiscard]] std::optional<FileIdentity> file() const final { return identityOf(m_descriptor.status()); }
 
 private:
     Descriptor m_descriptor;
+    bool m_isFile;
 };
 
 int openDescriptor(const std::string& path, int flags) {

@@ -1,5 +1,6 @@
 #include "commands/ByteStreams.h"
 
+#include "platform/Interruption.h"
 #include "platform/Program.h"
 #include "platform/WindowsText.h"
 
@@ -57,15 +58,25 @@ private:
     bool m_isOwned;
 };
 
+void refuseWhenInterrupted() {
+    if (interruption() != 0) {
+        throw StreamFailure(EINTR);
+    }
+}
+
 class DescriptorSource : public ByteSource {
 public:
     DescriptorSource(int number, bool isOwned) : m_descriptor(number, isOwned) {}
 
     std::size_t read(char* data, std::size_t size) override {
         const auto most = static_cast<unsigned int>(std::min(size, s_most));
+        const InterruptibleWait waiting;
+        refuseWhenInterrupted();
         const int count = ::_read(m_descriptor.number(), data, most);
+        const int error = errno;
+        refuseWhenInterrupted();
         if (count < 0) {
-            throw StreamFailure(errno);
+            throw StreamFailure(error);
         }
         return static_cast<std::size_t>(count);
     }
@@ -106,7 +117,17 @@ private:
         constexpr wchar_t endOfInput = 0x1A; // Ctrl+Z
         std::vector<wchar_t> units(s_mostForConsole);
         DWORD count = 0;
-        if (::ReadConsoleW(m_handle, units.data(), static_cast<DWORD>(units.size()), &count, nullptr) == 0) {
+        const InterruptibleWait waiting;
+        refuseWhenInterrupted();
+        ::SetLastError(ERROR_SUCCESS);
+        const bool isRead =
+            ::ReadConsoleW(m_handle, units.data(), static_cast<DWORD>(units.size()), &count, nullptr) != 0;
+        // Ctrl-C ends the reading, and is told on another thread, which may not have got to it.
+        if (count == 0 && ::GetLastError() == ERROR_OPERATION_ABORTED) {
+            throw StreamFailure(EINTR);
+        }
+        refuseWhenInterrupted();
+        if (!isRead) {
             throw StreamFailure(EIO);
         }
         // The halves of a letter beyond the first plane may come in two pieces.

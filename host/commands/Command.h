@@ -11,9 +11,11 @@ namespace quelt::host {
 
 /// How a command ends.
 enum class ExitStatus : int {
-    success = 0, ///< everything was done
-    partly = 1,  ///< some of it was not
-    unusable = 2 ///< nothing was done: the command line, or a file that it names, could not be used
+    success = 0,       ///< everything was done
+    partly = 1,        ///< some of it was not
+    unusable = 2,      ///< nothing was done: the command line, or a file that it names, could not be used
+    interrupted = 130, ///< SIGINT, or Ctrl-C, ended it
+    terminated = 143   ///< SIGTERM ended it
 };
 
 /// One command of the application. It declares its options before the command line is read, and keeps what

@@ -58,7 +58,9 @@ HelpSection exitStatusSection() {
         .text = {},
         .entries = {{"0", "every record was converted, compiled or decompiled"},
                     {"1", "some records failed or were malformed, or not all answers could be written"},
-                    {"2", "the command line, or a file that it names, could not be used; nothing was done"}}};
+                    {"2", "the command line, or a file that it names, could not be used; nothing was done"},
+                    {"130", "Ctrl-C, or SIGINT, ended the run; what was converted by then was answered"},
+                    {"143", "SIGTERM did"}}};
 }
 
 std::string layOut(std::span<const HelpSection> sections) {

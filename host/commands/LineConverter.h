@@ -7,6 +7,9 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
+#include <string_view>
+#include <utility>
 
 namespace quelt::host {
 
@@ -22,15 +25,23 @@ public:
     LineConverter& operator=(const LineConverter&) = delete;
 
     /// Converts what stands on `line` (with the text `text`) and appends its answer, one line, to `answers`.
-    /// Counts the record in `counts`. A line that is no record is answered with its number and the reason.
+    /// Counts the record in `counts`. A line that is no record is answered with its number and the reason. A
+    /// record for which the memory does not suffice is answered, too, when it suffices for that; else throws
+    /// std::bad_alloc and leaves `answers` and `counts` as they were.
     void convert(const Line& line, PaddedText text, TextBuffer& answers, Counts& counts);
-    /// Why records failed so far.
+    /// Why records failed since the last takeFailures().
     [[nodiscard]] const FailureTally& failures() const noexcept { return m_failures; }
+    /// The same; it begins anew then.
+    [[nodiscard]] FailureTally takeFailures() { return std::exchange(m_failures, {}); }
 
 protected:
     /// Writes the answer to the record `root` to m_writer, and counts it. Throws a Refusal, before anything
     /// is written, when it is no record.
     virtual void convertRecord(simdjson::dom::element root, Counts& counts) = 0;
+    /// Writes the answer to the record `root`, which bears the name `id`, when the memory did not suffice to
+    /// convert it, and counts it. False, and nothing written, when there is no such answer: the record is
+    /// then answered with its line.
+    virtual bool answerExhausted(simdjson::dom::element root, std::string_view id, Counts& counts);
 
     // NOLINTBEGIN(*-non-private-member-variables-in-classes): what every converter works with
     JsonWriter m_writer;
@@ -40,7 +51,14 @@ protected:
     // NOLINTEND(*-non-private-member-variables-in-classes)
 
 private:
+    void answer(const Line& line, PaddedText text, Counts& counts);
+    void answerExhausted(const Line& line, Counts& counts);
+    void refuse(const Line& line, std::string_view what, Counts& counts);
+
     JsonParser m_parser;
+    // Of the line that is being converted, as far as it has been read.
+    std::optional<simdjson::dom::element> m_root;
+    std::optional<std::string_view> m_id;
 };
 
 /// Makes a converter for the thread that calls; called on several at once.

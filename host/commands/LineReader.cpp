@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 namespace quelt::host {
 
@@ -39,6 +40,11 @@ char* LineBatch::makeRoom(std::size_t size) {
 }
 
 bool LineReader::fill(LineBatch& batch) {
+    if (!m_givenBack.m_lines.empty()) {
+        std::swap(batch, m_givenBack);
+        m_givenBack.clear();
+        return true;
+    }
     batch.clear();
     std::copy(m_rest.begin(), m_rest.end(), batch.makeRoom(m_rest.size()));
     batch.m_size = m_rest.size();
@@ -55,6 +61,12 @@ bool LineReader::fill(LineBatch& batch) {
     keepRest(batch);
     std::memset(batch.makeRoom(0), 0, simdjson::SIMDJSON_PADDING);
     return !batch.m_lines.empty();
+}
+
+void LineReader::giveBack(LineBatch& batch, std::size_t first) {
+    const auto begin = batch.m_lines.begin();
+    batch.m_lines.erase(begin, begin + static_cast<std::ptrdiff_t>(first));
+    std::swap(batch, m_givenBack);
 }
 
 /// Reads the next piece of the input and cuts it.

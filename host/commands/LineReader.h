@@ -58,6 +58,9 @@ public:
     /// Puts the next lines into `batch`: those of one read, or, when a line is longer, of as many as it
     /// takes. False, and no line, at the end of the input. Throws a StreamFailure; the input has then ended.
     [[nodiscard]] bool fill(LineBatch& batch);
+    /// Takes back what fill() has put into `batch`: its lines from the index `first` on come again with the
+    /// next fill().
+    void giveBack(LineBatch& batch, std::size_t first);
 
 private:
     void readOn(LineBatch& batch);
@@ -67,6 +70,7 @@ private:
 
     ByteSource& m_source;
     std::size_t m_readSize;
+    LineBatch m_givenBack;
     std::vector<char> m_rest;    // the beginning of a line whose end was not in the batch before
     std::size_t m_lineBegin = 0; // of the line that is being read, in the batch
     std::size_t m_searched = 0;  // where the search for its end goes on

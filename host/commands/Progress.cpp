@@ -57,14 +57,15 @@ std::string describeProgress(const ProgressState& state, bool hasColours) {
     const std::uint64_t records = state.counts.records();
     std::string text = formatCount(records) + (records == 1 ? " record" : " records");
     if (state.seconds > 0) {
-        text += ", " + formatCount(static_cast<std::uint64_t>(static_cast<double>(records) / state.seconds)) +
-                "/s";
+        const auto done = static_cast<double>(records - std::min(records, state.keptRecords));
+        text += ", " + formatCount(static_cast<std::uint64_t>(done / state.seconds)) + "/s";
     }
     if (state.share) {
         const double share = std::clamp(*state.share, 0.0, 1.0);
         text += ", " + std::to_string(static_cast<int>(share * 100)) + " % done";
-        if (share > 0) {
-            text += ", " + formatDuration(state.seconds / share - state.seconds) + " left";
+        if (share > state.keptShare) {
+            const double left = state.seconds * (1 - share) / (share - state.keptShare);
+            text += ", " + formatDuration(left) + " left";
         }
     }
     const auto appendTrouble = [&](std::uint64_t count, const char* what) {
@@ -81,15 +82,28 @@ std::string describeProgress(const ProgressState& state, bool hasColours) {
 Progress::Progress(const Console& console, std::optional<std::uint64_t> inputSize)
     : m_console(console), m_inputSize(inputSize) {}
 
+void Progress::beginBehind(const Counts& counts, std::uint64_t bytesRead) {
+    m_begin = Clock::now();
+    m_keptCounts = counts;
+    m_keptBytes = bytesRead;
+}
+
 void Progress::update(const Counts& counts, std::uint64_t bytesRead) {
     const Clock::time_point now = Clock::now();
     if (!m_console.messagesAreTerminal || (m_shown && now - *m_shown < s_pause)) {
         return;
     }
     m_shown = now;
-    ProgressState state{counts, seconds(), std::nullopt};
+    ProgressState state{.counts = m_keptCounts,
+                        .seconds = seconds(),
+                        .share = {},
+                        .keptRecords = m_keptCounts.records(),
+                        .keptShare = 0};
+    state.counts += counts;
     if (m_inputSize && *m_inputSize > 0) {
-        state.share = static_cast<double>(bytesRead) / static_cast<double>(*m_inputSize);
+        const auto size = static_cast<double>(*m_inputSize);
+        state.share = static_cast<double>(bytesRead) / size;
+        state.keptShare = static_cast<double>(m_keptBytes) / size;
     }
     const std::string text = describeProgress(state, m_console.hasColours);
     const std::size_t width = widthOf(text);

@@ -19,6 +19,9 @@ struct ProgressState {
     double seconds = 0;
     /// Between 0 and 1, when the size of the input is known.
     std::optional<double> share = {};
+    /// Of both, what an earlier run has done.
+    std::uint64_t keptRecords = 0;
+    double keptShare = 0;
 };
 
 /// "12,345 records, 8,230/s, 41 % done, 0:02 left, 3 failed, 1 malformed".
@@ -31,8 +34,11 @@ public:
     /// bytes, when it is known.
     Progress(const Console& console, std::optional<std::uint64_t> inputSize);
 
-    /// Tells that `counts` records were answered and `bytesRead` bytes of the input used; shows it when the
-    /// last time was a moment ago.
+    /// Tells that the run begins now, behind `counts` records and `bytesRead` bytes that an earlier one has
+    /// answered.
+    void beginBehind(const Counts& counts, std::uint64_t bytesRead);
+    /// Tells that `counts` records were answered by this run and the first `bytesRead` bytes of the input
+    /// used; shows it when the last time was a moment ago.
     void update(const Counts& counts, std::uint64_t bytesRead);
     /// Takes the line from the terminal, before something else is written there.
     void clear();
@@ -49,6 +55,8 @@ private:
     Clock::time_point m_begin = Clock::now();
     std::optional<Clock::time_point> m_shown;
     std::size_t m_width = 0;
+    Counts m_keptCounts;
+    std::uint64_t m_keptBytes = 0;
 };
 
 } // namespace quelt::host

@@ -2,8 +2,10 @@
 
 #include "QueltEeTarselMigrationServices.h"
 #include "QueltReconstituteEffectivityFromCompiledBinary.h"
+#include "infrastructure/QueltInResult.h"
 #include "interchange/ReportedLines.h"
 
+#include <new>
 #include <string>
 
 namespace quelt::host {
@@ -11,7 +13,7 @@ namespace quelt::host {
 RecordConverter::RecordConverter(const LoadedContext& context, ConvertOptions options)
     : m_options(options), m_context(context), m_reader(context, options.branchesAll), m_answerWriter(context),
       m_capture(options.withTrace ? QueltInTraceCapture::Wanted::everything
-                                  : QueltInTraceCapture::Wanted::unconditionalLines) {}
+                                  : QueltInTraceCapture::Wanted::reports) {}
 
 void RecordConverter::convertRecord(simdjson::dom::element root, Counts& counts) {
     const QueltInArenaScope scope(m_arena);
@@ -22,6 +24,26 @@ void RecordConverter::convertRecord(simdjson::dom::element root, Counts& counts)
     } else {
         convertExpression(record, counts);
     }
+}
+
+bool RecordConverter::answerExhausted(simdjson::dom::element root, std::string_view id, Counts& counts) {
+    static constexpr QueltInTraceLine reason{.className = "RecordConverter",
+                                             .domainName = "QueltDataMigration",
+                                             .methodName = {},
+                                             .level = 0,
+                                             .lineNumber = 0,
+                                             .text = "ERROR : out of memory"};
+    m_capture.clear();
+    const CompiledContent none;
+    const bool isBinary =
+        !root.at_key(nameOf(Key::binary)).error() || !root.at_key(nameOf(Key::compiled)).error();
+    writeAnswer({.id = id,
+                 .result = E_OUTOFMEMORY,
+                 .content = isBinary ? &none : nullptr,
+                 .lines = {&reason, 1},
+                 .showTrace = m_options.withTrace},
+                0, counts);
+    return true;
 }
 
 void RecordConverter::convertExpression(Record& record, Counts& counts) {
@@ -62,6 +84,9 @@ void RecordConverter::retrieveOperations(const Record& record, Counts& counts) {
 
 /// Writes the answer and counts it; a failure's reason stands in the lines from `firstOfReason` on.
 void RecordConverter::writeAnswer(const Answer& answer, std::size_t firstOfReason, Counts& counts) {
+    if (m_capture.isIncomplete()) {
+        throw std::bad_alloc();
+    }
     m_answerWriter.write(m_writer, answer);
     const long decisive = decisiveResult(answer);
     if (decisive >= 0) {
@@ -83,7 +108,7 @@ void RecordConverter::noteFailure(long result, std::span<const QueltInTraceLine>
         return !hasReason;
     });
     if (!hasReason) {
-        m_failures.add("no error text, " + formatCode(result));
+        m_failures.add(reasonWithoutText(result));
     }
 }
 

@@ -23,6 +23,7 @@ public:
 
 private:
     void convertRecord(simdjson::dom::element root, Counts& counts) override;
+    bool answerExhausted(simdjson::dom::element root, std::string_view id, Counts& counts) override;
     void convertExpression(Record& record, Counts& counts);
     void retrieveOperations(const Record& record, Counts& counts);
     void writeAnswer(const Answer& answer, std::size_t firstOfReason, Counts& counts);

@@ -1,18 +1,16 @@
 #pragma once
 
+#include "commands/AnswersFile.h"
 #include "commands/Command.h"
 #include "commands/ConversionRun.h"
-#include "interchange/Place.h"
+#include "commands/KeptAnswers.h"
+#include "commands/Unusable.h"
 
+#include <memory>
+#include <optional>
 #include <string>
 
 namespace quelt::host {
-
-/// Says why a command cannot do its work, on one line.
-class Unusable : public Refusal {
-public:
-    using Refusal::Refusal;
-};
 
 /// What the commands share that read records, one JSON object a line, and answer each with one line: the
 /// options for input, output and threads, the run, and its summary.
@@ -32,13 +30,22 @@ protected:
     [[nodiscard]] virtual MakeLineConverter prepare() = 0;
 
 private:
+    class Answers;
+
     [[nodiscard]] ExitStatus answerRecords(Console& console);
-    static void finish(ByteSink& answers, RunResult& result);
-    [[nodiscard]] static ExitStatus report(Console& console, const RunResult& result, double seconds);
+    void refuseOverwriting(const Console& console, const ByteSource& records,
+                           const std::optional<std::string>& place) const;
+    [[nodiscard]] Answers openAnswers(Console& console, const std::optional<std::string>& place) const;
+    [[nodiscard]] static KeptAnswers keepAnswers(Console& console, const Answers& answers,
+                                                 LineReader& records, const MakeLineConverter& makeConverter,
+                                                 Progress& progress);
+    [[nodiscard]] static ExitStatus report(Console& console, const Answers& answers, const RunResult& result,
+                                           const KeptAnswers& kept, double seconds);
     [[nodiscard]] unsigned workerCount() const;
 
     std::string m_recordsPath = "-";
     std::string m_answersPath = "-";
+    bool m_resumes = false;
     unsigned m_jobs = 1;
 };
 

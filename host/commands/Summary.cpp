@@ -63,12 +63,13 @@ void writeReasons(const Table& table, const FailureTally& failures) {
 } // namespace
 
 void writeSummary(std::ostream& out, const Counts& counts, const FailureTally& failures, double seconds,
-                  bool hasColours) {
+                  bool hasColours, std::uint64_t kept) {
     const std::uint64_t records = counts.records();
-    const auto rate = static_cast<std::uint64_t>(seconds > 0 ? static_cast<double>(records) / seconds : 0);
+    const auto done = static_cast<double>(records - std::min(records, kept));
+    const auto rate = static_cast<std::uint64_t>(seconds > 0 ? done / seconds : 0);
     out << (hasColours ? "\x1b[1m" : "") << formatCount(records) << (records == 1 ? " record" : " records")
-        << " in " << formatSeconds(seconds) << ", " << formatCount(rate) << " records/s"
-        << (hasColours ? "\x1b[0m" : "") << '\n';
+        << (kept > 0 ? " (" + formatCount(kept) + " kept)" : "") << " in " << formatSeconds(seconds) << ", "
+        << formatCount(rate) << " records/s" << (hasColours ? "\x1b[0m" : "") << '\n';
     const Table table(out, counts);
     table.writeCount("converted", counts.converted);
     table.writeCount("failed", counts.failed);

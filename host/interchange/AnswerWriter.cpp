@@ -168,6 +168,10 @@ void AnswerWriter::writeMalformed(JsonWriter& writer, std::uint64_t lineNumber,
     writer.endObject();
 }
 
+std::string reasonWithoutText(long result) {
+    return "no error text, " + formatCode(result);
+}
+
 std::string formatCode(long result) {
     std::array<char, 16> text{};
     std::snprintf(text.data(), text.size(), "0x%08X", static_cast<unsigned>(result));

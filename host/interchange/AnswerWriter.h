@@ -68,5 +68,7 @@ private:
 }
 /// A result as answers show it: "0x80004005".
 [[nodiscard]] std::string formatCode(long result);
+/// What stands for the reason of a failure, with this result, that no error tells.
+[[nodiscard]] std::string reasonWithoutText(long result);
 
 } // namespace quelt::host

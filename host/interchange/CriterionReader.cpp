@@ -11,14 +11,17 @@ namespace quelt::host {
 
 namespace {
 
-std::string describeKind(const QueltEeVariable& variable) {
-    if (QueltEeCatOptionVar::isObjectOfThisType(variable) != 0) {
+std::string_view describeKind(const Feature& feature) {
+    switch (feature.form()) {
+    case Key::option:
         return "an option";
-    }
-    if (QueltEeSelectionVar::isObjectOfThisType(variable) != 0) {
+    case Key::selection:
         return "a selection";
+    case Key::serial:
+        return "a serial variable";
+    default:
+        return "a tree series";
     }
-    return QueltEeSerialVar::isObjectOfThisType(variable) != 0 ? "a serial variable" : "a tree series";
 }
 
 std::string describeHolder(const QueltEeVariable& variable) {
@@ -161,8 +164,7 @@ std::unique_ptr<QueltEeVarEff> CriterionReader::read(Key form, const NodeFields&
     return effectivity;
 }
 
-template <class Variable>
-const Variable* CriterionReader::findVariable(Key form, const NodeFields& fields) const {
+const Feature* CriterionReader::findFeature(Key form, const NodeFields& fields) const {
     const Value name = fields.get(form);
     if (name.isNull()) {
         if (const std::optional<Value> of = fields.find<Key::of>()) {
@@ -170,16 +172,22 @@ const Variable* CriterionReader::findVariable(Key form, const NodeFields& fields
         }
         return nullptr;
     }
-    const QueltEeVariable& found = lookUp(name, fields);
-    const Variable* const variable = Variable::cast(&found);
-    if (variable == nullptr) {
-        name.refuse(inQuotes(name.text()) + " is " + describeKind(found) + ", not of the kind " +
+    const Feature& found = lookUp(name, fields);
+    if (found.form() != form) {
+        name.refuse(inQuotes(name.text()) + " is " + std::string(describeKind(found)) + ", not of the kind " +
                     inQuotes(nameOf(form)));
     }
-    return variable;
+    return &found;
 }
 
-const QueltEeVariable& CriterionReader::lookUp(const Value& name, const NodeFields& fields) const {
+/// The form of its criteria tells a variable's class.
+template <class Variable>
+const Variable* CriterionReader::findVariable(Key form, const NodeFields& fields) const {
+    const Feature* const feature = findFeature(form, fields);
+    return feature != nullptr ? static_cast<const Variable*>(&feature->variable()) : nullptr;
+}
+
+const Feature& CriterionReader::lookUp(const Value& name, const NodeFields& fields) const {
     const std::string_view text = name.text();
     const std::optional<Value> of = fields.find<Key::of>();
     if (!of) {
@@ -190,38 +198,39 @@ const QueltEeVariable& CriterionReader::lookUp(const Value& name, const NodeFiel
         if (bearers->other != nullptr) {
             refuseAmbiguous(name, *bearers);
         }
-        return *bearers->first;
+        return *bearers->feature;
     }
     if (of->isNull()) {
-        const QueltEeVariable* const variable = m_context.findTopVariable(text);
-        if (variable == nullptr) {
+        const Feature* const feature = m_context.findFeature(nullptr, text);
+        if (feature == nullptr) {
             name.refuse("no variable " + inQuotes(text) + " at the top");
         }
-        return *variable;
+        return *feature;
     }
     const QueltEeModelDico* const dictionary = m_context.findDictionary(of->text());
     if (dictionary == nullptr) {
         of->refuse("no dictionary " + inQuotes(of->text()));
     }
-    const QueltEeVariable* const variable = dictionary->getVariable(text);
-    if (variable == nullptr) {
+    const Feature* const feature = m_context.findFeature(dictionary, text);
+    if (feature == nullptr) {
         name.refuse("no variable " + inQuotes(text) + " in dictionary " + inQuotes(of->text()));
     }
-    return *variable;
+    return *feature;
 }
 
 template <class Effectivity, class Variable>
 std::unique_ptr<QueltEeVarEff> CriterionReader::readNamedValues(Key form, const NodeFields& fields) const {
-    const Variable* const variable = findVariable<Variable>(form, fields);
-    auto effectivity = std::make_unique<Effectivity>(variable);
+    const Feature* const feature = findFeature(form, fields);
+    auto effectivity = std::make_unique<Effectivity>(
+        feature != nullptr ? static_cast<const Variable*>(&feature->variable()) : nullptr);
     fields.need<Key::in>().eachItem([&](const Value& item) {
         const std::string_view value = item.text();
-        if (variable == nullptr) {
+        if (feature == nullptr) {
             item.refuse("an effectivity without variable has no values");
         }
-        const std::optional<std::uint32_t> number = variable->findValue(value);
-        if (!number || effectivity->addValue(*number) < 0) {
-            item.refuse(inQuotes(variable->getName().view()) + " has no value " + inQuotes(value));
+        const std::uint32_t* const number = feature->findValue(value);
+        if (number == nullptr || effectivity->addValue(*number) < 0) {
+            item.refuse(inQuotes(feature->variable().getName().view()) + " has no value " + inQuotes(value));
         }
     });
     return effectivity;

@@ -19,9 +19,10 @@ public:
 
 private:
     /// The variable that the criterion is on; null when it names none.
+    [[nodiscard]] const Feature* findFeature(Key form, const NodeFields& fields) const;
     template <class Variable>
     [[nodiscard]] const Variable* findVariable(Key form, const NodeFields& fields) const;
-    [[nodiscard]] const QueltEeVariable& lookUp(const Value& name, const NodeFields& fields) const;
+    [[nodiscard]] const Feature& lookUp(const Value& name, const NodeFields& fields) const;
 
     template <class Effectivity, class Variable>
     [[nodiscard]] std::unique_ptr<QueltEeVarEff> readNamedValues(Key form, const NodeFields& fields) const;

@@ -76,21 +76,70 @@ void writeDateBound(JsonWriter& writer, std::int64_t seconds) {
     }
 }
 
+void writeValues(JsonWriter& writer, const QueltEeNamedValueEff& effectivity, const Feature* feature) {
+    if (feature != nullptr) {
+        for (const std::uint32_t number : effectivity.getValues()) {
+            writer.written(feature->writtenValue(number));
+        }
+        return;
+    }
+    const auto* const variable = QueltEeNamedValueVar::cast(effectivity.getVar());
+    for (const std::uint32_t number : effectivity.getValues()) {
+        writer.text(variable->getValueName(number));
+    }
+}
+
+void writeIntervals(JsonWriter& writer, const QueltEeSerialEff& effectivity) {
+    for (const QueltEeSerialEff::Interval& interval : effectivity.intervals()) {
+        writeSerialInterval(writer, interval);
+    }
+}
+
+void writeSelections(JsonWriter& writer, const QueltEeTreeSeriesEff& effectivity) {
+    for (const QueltEeTreeSeriesSelection& selection : effectivity.getSelections()) {
+        const std::span<const Bound> ends = selection.getTo();
+        if (ends.empty()) {
+            writeSelection(writer, selection.getSingle(), selection.getFrom(), nullptr);
+        }
+        for (const Bound& end : ends) { // several ends mean the ways to each
+            writeSelection(writer, selection.getSingle(), selection.getFrom(), &end);
+        }
+    }
+}
+
+void writeDate(JsonWriter& writer, const QueltEeDateEff& effectivity) {
+    writer.beginObject();
+    writer.key(Key::date);
+    writer.beginArray();
+    for (const QueltEeDateEff::Interval& interval : effectivity.intervals()) {
+        writer.beginArray();
+        writeDateBound(writer, interval.from);
+        writeDateBound(writer, interval.to);
+        writer.endArray();
+    }
+}
+
 } // namespace
 
 void CriterionWriter::write(JsonWriter& writer, const QueltEeVarEff& effectivity) const {
-    writer.beginObject();
+    const QueltEeDicoObject* const variable = effectivity.getVar();
+    const Feature* const feature = variable != nullptr ? m_context.featureOf(variable) : nullptr;
     if (const auto* const option = QueltEeOptionEff::cast(&effectivity)) {
-        writeNamedValues(writer, Key::option, *option);
+        begin(writer, Key::option, variable, feature);
+        writeValues(writer, *option, feature);
     } else if (const auto* const selection = QueltEeSelectionEff::cast(&effectivity)) {
-        writeNamedValues(writer, Key::selection, *selection);
+        begin(writer, Key::selection, variable, feature);
+        writeValues(writer, *selection, feature);
     } else if (const auto* const serial = QueltEeSerialEff::cast(&effectivity)) {
-        writeSerial(writer, *serial);
+        begin(writer, Key::serial, variable, feature);
+        writeIntervals(writer, *serial);
     } else if (const auto* const treeSeries = QueltEeTreeSeriesEff::cast(&effectivity)) {
-        writeTreeSeries(writer, *treeSeries);
+        begin(writer, Key::treeSeries, variable, feature);
+        writeSelections(writer, *treeSeries);
     } else if (const auto* const date = QueltEeDateEff::cast(&effectivity)) {
         writeDate(writer, *date);
     }
+    writer.endArray();
     if (effectivity.isNegated() != 0) {
         writer.key(Key::negated);
         writer.flag(true);
@@ -102,77 +151,22 @@ void CriterionWriter::write(JsonWriter& writer, const QueltEeVarEff& effectivity
     writer.endObject();
 }
 
-void CriterionWriter::writeVariable(JsonWriter& writer, Key form, const QueltEeDicoObject* variable) const {
-    writer.key(form);
-    if (variable == nullptr) {
-        writer.null();
+void CriterionWriter::begin(JsonWriter& writer, Key form, const QueltEeDicoObject* variable,
+                            const Feature* feature) const {
+    if (feature != nullptr) {
+        writer.writtenBeginning(feature->writtenBeginning());
         return;
     }
-    const std::string_view name = variable->getName().view();
-    writer.text(name);
-    const auto* const feature = QueltEeVariable::cast(variable);
-    const QueltEeModelDico* const holder = feature != nullptr ? feature->getHolderDico() : nullptr;
-    if (holder != nullptr) {
-        writer.key(Key::of);
-        writer.text(holder->getName().view());
-        return;
-    }
-    // Without "of" the name of a variable at the top would be taken for one that a dictionary holds.
-    const LoadedContext::Bearers* const bearers = m_context.findBearers(name);
-    if (bearers != nullptr && bearers->first != variable) {
-        writer.key(Key::of);
+    writer.beginObject();
+    if (const auto* const known = QueltEeVariable::cast(variable)) {
+        const LoadedContext::Bearers* const bearers = m_context.findBearers(known->getName().view());
+        writeVariable(writer, form, *known, bearers == nullptr || bearers->first == known);
+    } else {
+        writer.key(form);
         writer.null();
     }
-}
-
-void CriterionWriter::writeNamedValues(JsonWriter& writer, Key form,
-                                       const QueltEeNamedValueEff& effectivity) const {
-    writeVariable(writer, form, effectivity.getVar());
     writer.key(Key::in);
     writer.beginArray();
-    const auto* const variable = QueltEeNamedValueVar::cast(effectivity.getVar());
-    for (const std::uint32_t number : effectivity.getValues()) {
-        writer.text(variable->getValueName(number));
-    }
-    writer.endArray();
-}
-
-void CriterionWriter::writeSerial(JsonWriter& writer, const QueltEeSerialEff& effectivity) const {
-    writeVariable(writer, Key::serial, effectivity.getVar());
-    writer.key(Key::in);
-    writer.beginArray();
-    for (const QueltEeSerialEff::Interval& interval : effectivity.intervals()) {
-        writeSerialInterval(writer, interval);
-    }
-    writer.endArray();
-}
-
-void CriterionWriter::writeTreeSeries(JsonWriter& writer, const QueltEeTreeSeriesEff& effectivity) const {
-    writeVariable(writer, Key::treeSeries, effectivity.getVar());
-    writer.key(Key::in);
-    writer.beginArray();
-    for (const QueltEeTreeSeriesSelection& selection : effectivity.getSelections()) {
-        const std::span<const Bound> ends = selection.getTo();
-        if (ends.empty()) {
-            writeSelection(writer, selection.getSingle(), selection.getFrom(), nullptr);
-        }
-        for (const Bound& end : ends) { // several ends mean the ways to each
-            writeSelection(writer, selection.getSingle(), selection.getFrom(), &end);
-        }
-    }
-    writer.endArray();
-}
-
-void CriterionWriter::writeDate(JsonWriter& writer, const QueltEeDateEff& effectivity) {
-    writer.key(Key::date);
-    writer.beginArray();
-    for (const QueltEeDateEff::Interval& interval : effectivity.intervals()) {
-        writer.beginArray();
-        writeDateBound(writer, interval.from);
-        writeDateBound(writer, interval.to);
-        writer.endArray();
-    }
-    writer.endArray();
 }
 
 } // namespace quelt::host

@@ -21,11 +21,8 @@ public:
     void write(JsonWriter& writer, const QueltEeVarEff& effectivity) const;
 
 private:
-    void writeVariable(JsonWriter& writer, Key form, const QueltEeDicoObject* variable) const;
-    void writeNamedValues(JsonWriter& writer, Key form, const QueltEeNamedValueEff& effectivity) const;
-    void writeSerial(JsonWriter& writer, const QueltEeSerialEff& effectivity) const;
-    void writeTreeSeries(JsonWriter& writer, const QueltEeTreeSeriesEff& effectivity) const;
-    static void writeDate(JsonWriter& writer, const QueltEeDateEff& effectivity);
+    /// Writes the beginning of a criterion, up to what it has `in`.
+    void begin(JsonWriter& writer, Key form, const QueltEeDicoObject* variable, const Feature* feature) const;
 
     const LoadedContext& m_context;
 };

@@ -73,20 +73,25 @@ std::unique_ptr<QueltEeExpression> copyGeneric(const QueltEeGenericExpression& o
                                                const ReplaceEffectivity& replace) {
     if (original.IsList() == 0) {
         OwnedTree root = copyTree(original.GetNodeRef(), replace);
-        return std::make_unique<QueltEeGenericExpression>(root.release());
+        auto tree = std::make_unique<QueltEeGenericExpression>(root.get());
+        static_cast<void>(root.release()); // the expression's
+        return tree;
     }
     const QueltQmSpecList* list = nullptr;
     auto mode = QueltEeGenericExpression::ListMode::all;
     original.GetList(list);
     original.GetMode(mode);
     OwnedList copy = copyList(list, replace);
-    return std::make_unique<QueltEeGenericExpression>(copy.release(), mode);
+    auto expression = std::make_unique<QueltEeGenericExpression>(copy.get(), mode);
+    static_cast<void>(copy.release()); // the expression's
+    return expression;
 }
 
 std::unique_ptr<QueltEeExpression> copyFilter(const QueltEeFilterExpression& original,
                                               const ReplaceEffectivity& replace) {
     OwnedList list = copyList(original.getSpecList(), replace);
-    auto copy = std::make_unique<QueltEeFilterExpression>(original.getDictionary(), list.release());
+    auto copy = std::make_unique<QueltEeFilterExpression>(original.getDictionary(), list.get());
+    static_cast<void>(list.release()); // the filter's
     copy->setListMode(original.getListMode());
     return copy;
 }
@@ -99,9 +104,13 @@ void copyCriteria(const QueltEeMultiModelExpression& original, QueltEeMultiModel
         (void)global.release();
     }
     for (const QueltEeMultiModelExpression::Filed& filed : original.getModelCriteria()) {
-        QueltEeNodeRef* inherited = copyTree(filed.criteria->getInherited(), replace).release();
-        QueltEeNodeRef* own = copyTree(filed.criteria->getOwn(), replace).release();
-        auto criteria = std::make_unique<ModelCriteria>(&inherited, &own);
+        OwnedTree inherited = copyTree(filed.criteria->getInherited(), replace);
+        OwnedTree own = copyTree(filed.criteria->getOwn(), replace);
+        QueltEeNodeRef* inheritedSlot = inherited.get();
+        QueltEeNodeRef* ownSlot = own.get();
+        auto criteria = std::make_unique<ModelCriteria>(&inheritedSlot, &ownSlot);
+        static_cast<void>(inherited.release()); // both are the criterion's
+        static_cast<void>(own.release());
         if (copy.setModelCriteria(*filed.dictionary, criteria.get()) >= 0) {
             (void)criteria.release();
         }

@@ -33,7 +33,9 @@ std::unique_ptr<QueltEeGenericExpression> ExpressionReader::readTree(const Value
         return std::make_unique<QueltEeGenericExpression>();
     }
     OwnedNode root = readNode(tree, 1);
-    return std::make_unique<QueltEeGenericExpression>(root.release());
+    auto expression = std::make_unique<QueltEeGenericExpression>(root.get());
+    (void)root.release(); // the expression's
+    return expression;
 }
 
 std::unique_ptr<QueltEeGenericExpression> ExpressionReader::readList(const Value& list,
@@ -47,7 +49,9 @@ std::unique_ptr<QueltEeGenericExpression> ExpressionReader::readList(const Value
     }
     const auto listMode = mode ? static_cast<QueltEeGenericExpression::ListMode>(mode->int32())
                                : QueltEeGenericExpression::ListMode::all;
-    return std::make_unique<QueltEeGenericExpression>(specList.release(), listMode);
+    auto expression = std::make_unique<QueltEeGenericExpression>(specList.get(), listMode);
+    (void)specList.release(); // the expression's
+    return expression;
 }
 
 OwnedNode ExpressionReader::readNode(const Value& value, unsigned level) const {
@@ -105,7 +109,9 @@ OwnedNode ExpressionReader::readSingle(const Value& child, unsigned level) const
 OwnedNode ExpressionReader::readLeaf(Key form, const NodeFields& fields) const {
     if (isCriterion(form)) {
         std::unique_ptr<QueltEeVarEff> effectivity = m_criterionReader.read(form, fields);
-        return makeNode<QueltEeVarEffLeaf>(effectivity.release());
+        auto leaf = std::make_unique<QueltEeVarEffLeaf>();
+        leaf->setVarEff(*effectivity.release());
+        return makeAlone(std::move(leaf));
     }
     if (form == Key::eff) {
         return readEffectivityLeaf(fields);
@@ -227,9 +233,11 @@ void ExpressionReader::readModelCriteria(const Value& value, QueltEeMultiModelEx
     };
     OwnedNode inherited = readPart(fields.find<Key::inherited>());
     OwnedNode own = readPart(fields.find<Key::own>());
-    QueltEeNodeRef* inheritedSlot = inherited.release();
-    QueltEeNodeRef* ownSlot = own.release();
+    QueltEeNodeRef* inheritedSlot = inherited.get();
+    QueltEeNodeRef* ownSlot = own.get();
     auto criteria = std::make_unique<ModelCriteria>(&inheritedSlot, &ownSlot);
+    (void)inherited.release(); // both are the criterion's
+    (void)own.release();
     if (expression.setModelCriteria(dictionary, criteria.get()) < 0) {
         name.refuse("dictionary " + inQuotes(name.text()) + " given twice");
     }

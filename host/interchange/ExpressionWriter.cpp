@@ -47,6 +47,7 @@ void writeEffectivityLeaf(JsonWriter& writer, const QueltEeEffLeaf& leaf) {
 } // namespace
 
 void ExpressionWriter::writeNode(JsonWriter& writer, const QueltEeNodeRef* reference) {
+    m_open.clear(); // where memory was exhausted, the last tree was not written to its end
     beginNode(writer, reference);
     while (!m_open.empty()) {
         continueNode(writer);

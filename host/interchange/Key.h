@@ -1,5 +1,7 @@
 #pragma once
 
+#include "interchange/ShortText.h"
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -115,9 +117,9 @@ consteval std::array<std::uint8_t, 256> makeSlots() {
 inline constexpr std::array<std::uint8_t, 256> s_slots = makeSlots();
 
 /// The number of the key that is written `name`, s_none when there is none.
-constexpr std::uint8_t find(std::string_view name) {
+inline std::uint8_t find(std::string_view name) {
     const std::uint8_t key = name.empty() ? s_none : s_slots[slotOf(name)];
-    return key != s_none && s_names[key] == name ? key : s_none;
+    return key != s_none && isSameText(s_names[key], name) ? key : s_none;
 }
 
 /// For every key its place among `Names`, s_none for the others.

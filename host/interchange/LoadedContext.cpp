@@ -8,11 +8,11 @@ bool isSameFeature(const QueltEeVariable& left, const QueltEeVariable& right) {
     return left.dType() == right.dType() && left.getGuid() == right.getGuid();
 }
 
+/// What `table` holds under `name`, null when that is nothing.
 template <class Object>
-Object* findIn(const std::unordered_map<std::string_view, Object*, KeyedTextHash>& map,
-               std::string_view name) {
-    const auto found = map.find(name);
-    return found != map.end() ? found->second : nullptr;
+Object* findIn(const NameTable<Object*>& table, std::string_view name) {
+    Object* const* const found = table.find(name);
+    return found != nullptr ? *found : nullptr;
 }
 
 } // namespace
@@ -24,7 +24,7 @@ bool LoadedContext::addDictionary(std::unique_ptr<QueltEeModelDico> dictionary) 
     }
     taken = dictionary.release();
     m_dictionaries.push_back(taken);
-    m_dictionaryByName.emplace(taken->getName().view(), taken);
+    m_dictionaryByName.add(taken->getName().view(), taken);
     for (const std::unique_ptr<QueltEeVariable>& variable : taken->getVariables()) {
         noteBearer(*variable);
     }
@@ -33,7 +33,7 @@ bool LoadedContext::addDictionary(std::unique_ptr<QueltEeModelDico> dictionary) 
 
 bool LoadedContext::addTopVariable(std::unique_ptr<QueltEeVariable> variable) {
     const QueltEeVariable& taken = *variable;
-    if (!m_topVariableByName.emplace(taken.getName().view(), &taken).second) {
+    if (!m_topVariableByName.add(taken.getName().view(), &taken)) {
         return false;
     }
     m_context.adopt(std::move(variable));
@@ -44,7 +44,7 @@ bool LoadedContext::addTopVariable(std::unique_ptr<QueltEeVariable> variable) {
 
 bool LoadedContext::addEffectivity(std::unique_ptr<QueltEeEffectivity> effectivity) {
     QueltEeEffectivity& taken = *effectivity;
-    if (!m_effectivityByName.emplace(taken.getName().view(), &taken).second) {
+    if (!m_effectivityByName.add(taken.getName().view(), &taken)) {
         return false;
     }
     m_context.adopt(std::move(effectivity));
@@ -64,9 +64,10 @@ const QueltEeVariable* LoadedContext::findTopVariable(std::string_view name) con
     return findIn(m_topVariableByName, name);
 }
 
-const LoadedContext::Bearers* LoadedContext::findBearers(std::string_view name) const {
-    const auto found = m_bearersByName.find(name);
-    return found != m_bearersByName.end() ? &found->second : nullptr;
+const Feature* LoadedContext::findFeature(const QueltEeModelDico* dictionary, std::string_view name) const {
+    const QueltEeVariable* const variable =
+        dictionary != nullptr ? dictionary->getVariable(name) : findTopVariable(name);
+    return variable != nullptr ? featureOf(variable) : nullptr;
 }
 
 QueltEeEffectivity* LoadedContext::findEffectivity(std::string_view name) const {
@@ -74,9 +75,15 @@ QueltEeEffectivity* LoadedContext::findEffectivity(std::string_view name) const 
 }
 
 void LoadedContext::noteBearer(const QueltEeVariable& variable) {
-    Bearers& bearers = m_bearersByName[variable.getName().view()];
-    if (bearers.first == nullptr) {
+    const std::string_view name = variable.getName().view();
+    m_bearersByName.add(name, {});
+    Bearers& bearers = *m_bearersByName.find(name);
+    const bool isFirst = bearers.first == nullptr;
+    const Feature& feature = m_features.emplace_back(variable, isFirst);
+    m_featureOf.emplace(&variable, &feature);
+    if (isFirst) {
         bearers.first = &variable;
+        bearers.feature = &feature;
     } else if (bearers.other == nullptr && !isSameFeature(*bearers.first, variable)) {
         bearers.other = &variable;
     }

@@ -3,8 +3,9 @@
 #include "dictionary/QueltEeModelDico.h"
 #include "effectivity/QueltEeEffectivity.h"
 #include "expression/QueltEeExpressionContext.h"
-#include "infrastructure/QueltInKeyedHash.h"
+#include "interchange/Feature.h"
 
+#include <deque>
 #include <memory>
 #include <span>
 #include <string_view>
@@ -21,6 +22,8 @@ public:
     struct Bearers {
         /// The first in the order of the file, dictionaries before the top.
         const QueltEeVariable* first = nullptr;
+        /// What criteria need of it.
+        const Feature* feature = nullptr;
         /// One of another kind or with another GUID, if there is any: the name alone says too little then.
         const QueltEeVariable* other = nullptr;
     };
@@ -41,7 +44,16 @@ public:
     // Look-ups; null when there is none.
     [[nodiscard]] QueltEeModelDico* findDictionary(std::string_view name) const;
     [[nodiscard]] const QueltEeVariable* findTopVariable(std::string_view name) const;
-    [[nodiscard]] const Bearers* findBearers(std::string_view name) const;
+    [[nodiscard]] const Bearers* findBearers(std::string_view name) const {
+        return m_bearersByName.find(name);
+    }
+    /// What criteria need of a variable of the dictionary, or of one at the top where that is null.
+    [[nodiscard]] const Feature* findFeature(const QueltEeModelDico* dictionary, std::string_view name) const;
+    /// What criteria need of `variable`; null when it is none of the context's.
+    [[nodiscard]] const Feature* featureOf(const QueltEeDicoObject* variable) const {
+        const auto found = m_featureOf.find(variable);
+        return found != m_featureOf.end() ? found->second : nullptr;
+    }
     [[nodiscard]] QueltEeEffectivity* findEffectivity(std::string_view name) const;
 
     // Everything in the order of the file.
@@ -57,20 +69,18 @@ public:
     [[nodiscard]] const QueltEeExpressionContext& expressionContext() const noexcept { return m_context; }
 
 private:
-    template <class Object>
-    using ByName =
-        std::unordered_map<std::string_view, Object, KeyedTextHash>; // the texts are the objects' own
-
     void noteBearer(const QueltEeVariable& variable);
 
     QueltEeExpressionContext m_context; // owns everything
     std::vector<QueltEeModelDico*> m_dictionaries;
     std::vector<const QueltEeVariable*> m_topVariables;
     std::vector<QueltEeEffectivity*> m_effectivities;
-    ByName<QueltEeModelDico*> m_dictionaryByName;
-    ByName<const QueltEeVariable*> m_topVariableByName;
-    ByName<QueltEeEffectivity*> m_effectivityByName;
-    ByName<Bearers> m_bearersByName;
+    std::deque<Feature> m_features;
+    std::unordered_map<const QueltEeDicoObject*, const Feature*> m_featureOf;
+    NameTable<QueltEeModelDico*> m_dictionaryByName; // the names are the objects' own
+    NameTable<const QueltEeVariable*> m_topVariableByName;
+    NameTable<QueltEeEffectivity*> m_effectivityByName;
+    NameTable<Bearers> m_bearersByName;
 };
 
 } // namespace quelt::host

@@ -31,14 +31,6 @@ std::string_view describeType(simdjson::dom::element element) {
 
 } // namespace
 
-std::string_view Value::text() const {
-    std::string_view text;
-    if (m_element.get_string().get(text) != simdjson::SUCCESS) {
-        refuseType("text");
-    }
-    return text;
-}
-
 QueltInGuid Value::guid() const {
     QueltInGuid guid;
     if (QueltInGuid::parse(text(), guid) < 0) {
@@ -62,22 +54,6 @@ std::int32_t Value::int32() const {
 
 std::uint32_t Value::uint32() const {
     return static_cast<std::uint32_t>(integer(0, std::numeric_limits<std::uint32_t>::max()));
-}
-
-simdjson::dom::object Value::object() const {
-    simdjson::dom::object object;
-    if (m_element.get_object().get(object) != simdjson::SUCCESS) {
-        refuseType("an object");
-    }
-    return object;
-}
-
-simdjson::dom::array Value::array() const {
-    simdjson::dom::array array;
-    if (m_element.get_array().get(array) != simdjson::SUCCESS) {
-        refuseType("an array");
-    }
-    return array;
 }
 
 void Value::refuseType(std::string_view expected) const {

@@ -24,7 +24,13 @@ public:
     [[nodiscard]] bool isFlag() const noexcept { return m_element.is_bool(); }
 
     /// Text; valid until the parser reads the next document.
-    [[nodiscard]] std::string_view text() const;
+    [[nodiscard]] std::string_view text() const {
+        std::string_view text;
+        if (m_element.get_string().get(text) != simdjson::SUCCESS) {
+            refuseType("text");
+        }
+        return text;
+    }
     /// A GUID in its 8-4-4-4-12 form.
     [[nodiscard]] QueltInGuid guid() const;
     /// true or false.
@@ -32,8 +38,20 @@ public:
     /// Whole numbers, written without fraction and exponent.
     [[nodiscard]] std::int32_t int32() const;
     [[nodiscard]] std::uint32_t uint32() const;
-    [[nodiscard]] simdjson::dom::object object() const;
-    [[nodiscard]] simdjson::dom::array array() const;
+    [[nodiscard]] simdjson::dom::object object() const {
+        simdjson::dom::object object;
+        if (m_element.get_object().get(object) != simdjson::SUCCESS) {
+            refuseType("an object");
+        }
+        return object;
+    }
+    [[nodiscard]] simdjson::dom::array array() const {
+        simdjson::dom::array array;
+        if (m_element.get_array().get(array) != simdjson::SUCCESS) {
+            refuseType("an array");
+        }
+        return array;
+    }
     /// Calls `visit` with each item of the array, in order.
     template <class Visit>
     void eachItem(Visit visit) const {

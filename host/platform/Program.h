@@ -20,10 +20,11 @@ public:
 
 private:
     bool m_hasColours = false;
-    // Of the console, on Windows.
-    unsigned int m_outputPage = 0;
-    unsigned long m_messagesMode = 0;
 };
+
+/// Gives the console back as it was before the ProgramScope, for a program that ends without leaving the
+/// scope.
+void restoreConsole() noexcept;
 
 /// The arguments behind the program's name, in UTF-8.
 [[nodiscard]] std::vector<std::string> programArguments(int count, char** arguments);

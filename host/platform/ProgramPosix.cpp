@@ -15,6 +15,8 @@ ProgramScope::ProgramScope() {
 
 ProgramScope::~ProgramScope() = default;
 
+void restoreConsole() noexcept {}
+
 std::vector<std::string> programArguments(int count, char** arguments) {
     return {arguments + 1, arguments + count};
 }

@@ -2,6 +2,7 @@
 
 #include "platform/WindowsText.h"
 
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
@@ -13,6 +14,10 @@
 namespace quelt::host {
 
 namespace {
+
+// What the console had before; 0 for what was not changed.
+std::atomic<UINT> s_outputPage{0};
+std::atomic<DWORD> s_messagesMode{0};
 
 constexpr DWORD s_escapes = 0x0004; // ENABLE_VIRTUAL_TERMINAL_PROCESSING, for headers that do not know it
 
@@ -30,23 +35,27 @@ ProgramScope::ProgramScope() {
     }
     // Unbuffered, messages would come to the console byte by byte, and their letters beyond ASCII in pieces.
     static_cast<void>(std::setvbuf(stderr, nullptr, _IOFBF, BUFSIZ));
-    m_outputPage = ::GetConsoleOutputCP();
-    if (m_outputPage != 0) {
+    s_outputPage = ::GetConsoleOutputCP();
+    if (s_outputPage != 0) {
         ::SetConsoleOutputCP(CP_UTF8);
     }
-    m_messagesMode = messagesMode();
+    const DWORD mode = messagesMode();
+    s_messagesMode = mode;
     const char* const terminal = std::getenv("TERM");
-    m_hasColours = m_messagesMode != 0 &&
-                   ::SetConsoleMode(::GetStdHandle(STD_ERROR_HANDLE), m_messagesMode | s_escapes) != 0 &&
+    m_hasColours = mode != 0 && ::SetConsoleMode(::GetStdHandle(STD_ERROR_HANDLE), mode | s_escapes) != 0 &&
                    (terminal == nullptr || std::string_view(terminal) != "dumb");
 }
 
 ProgramScope::~ProgramScope() {
-    if (m_messagesMode != 0) {
-        ::SetConsoleMode(::GetStdHandle(STD_ERROR_HANDLE), m_messagesMode);
+    restoreConsole();
+}
+
+void restoreConsole() noexcept {
+    if (const DWORD mode = s_messagesMode.exchange(0); mode != 0) {
+        ::SetConsoleMode(::GetStdHandle(STD_ERROR_HANDLE), mode);
     }
-    if (m_outputPage != 0) {
-        ::SetConsoleOutputCP(m_outputPage);
+    if (const UINT page = s_outputPage.exchange(0); page != 0) {
+        ::SetConsoleOutputCP(page);
     }
 }
 

@@ -3,7 +3,7 @@
 
     check-console.py EMULATOR PROGRAM SOURCES
 
-What is typed, answered and said keeps its letters, beyond ASCII as well.
+What is typed, answered and said keeps its letters, beyond ASCII as well. Ctrl-C ends a run in order.
 """
 
 import fcntl
@@ -84,7 +84,9 @@ def main():
     # Wine's console knows no key that ends the input.
     answer = f'{{"id":"{LETTERS}","result":0'
     expect("a typed record", on_console(convert, typed=f"{record}\r", until=answer), -signal.SIGKILL, answer)
-    print("\n".join(faults) if faults else "check-console: answers, messages and typed records keep their letters")
+    expect("Ctrl-C", on_console(convert, typed="\x03"), 130, "interrupted behind 0 records", "0 records in")
+    print("\n".join(faults) if faults else "check-console: answers, messages and typed records keep their letters, "
+          "and Ctrl-C ends in order")
     return 1 if faults else 0
 
 

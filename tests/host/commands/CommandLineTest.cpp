@@ -57,7 +57,7 @@ TEST_F(CommandLineTest, helpAndVersion) {
     EXPECT_THAT(output.text(), HasSubstr("--branch"));
     EXPECT_THAT(output.text(), HasSubstr("Exit status"));
     EXPECT_EQ(run({"compile", "--help"}), 0);
-    EXPECT_THAT(output.text(), HasSubstr("0  every record was converted, compiled or decompiled"));
+    EXPECT_THAT(output.text(), HasSubstr("0    every record was converted, compiled or decompiled"));
     EXPECT_EQ(run({"decompile", "--help"}), 0);
     EXPECT_THAT(output.text(), HasSubstr("becomes {\"id\": ..., \"compiled\": ...}"));
     EXPECT_EQ(messages.str(), "");
@@ -202,7 +202,7 @@ TEST_F(CommandLineTest, filesThatCannotBeReadAreRefused) {
                   "read the context " + folder.path("missing") + ": No such file or directory\n" + prefix +
                   "read the context " + folder.path() + ": Is a directory\n" + prefix + "write the answers " +
                   folder.path() + ": Is a directory\n" + prefix + "write the answers " +
-                  folder.path("missing/answers") + ": No such file or directory\n");
+                  folder.path("missing/answers") + ".part: No such file or directory\n");
     EXPECT_EQ(output.text(), "");
 }
 
@@ -227,6 +227,108 @@ TEST_F(CommandLineTest, badContextLeavesTheAnswersOfBeforeAlone) {
     context = folder.write("bad.json", "{}");
     EXPECT_EQ(convert({"-o", answers}, s_record), 2);
     EXPECT_EQ(folder.read("answers.ndjson"), "old\n");
+}
+
+TEST_F(CommandLineTest, answersOverwriteNothingThatIsReadByTheNameOfTheirPart) {
+    const std::string records = folder.write("answers.ndjson.part", s_record);
+    EXPECT_EQ(convert({records, "-o", folder.path("answers.ndjson")}), 2);
+    EXPECT_EQ(folder.read("answers.ndjson.part"), s_record);
+    EXPECT_EQ(messages.str(), "quelt-migrate: the answers would overwrite the records\n");
+}
+
+TEST_F(CommandLineTest, theAnswersOfBeforeStayUntilAllAreThere) {
+    const std::string answers = folder.write("answers.ndjson", "old\n");
+    TextSource source(s_record, 100, EIO);
+    Console console{.input = source, .output = output, .messages = messages};
+    EXPECT_EQ(runCommandLine({"convert", "--context", context, "-o", answers}, console), ExitStatus::partly);
+    EXPECT_EQ(folder.read("answers.ndjson"), "old\n");
+    EXPECT_EQ(folder.read("answers.ndjson.part"), s_answer);
+    EXPECT_THAT(messages.str(),
+                StartsWith("quelt-migrate: cannot read the records: Input/output error; what is "
+                           "answered is in " +
+                           answers + ".part, and --resume goes on behind it\n1 record in "));
+    messages.str("");
+    EXPECT_EQ(convert({"-o", answers, "--resume"}, std::string(s_record) + s_record), 0);
+    EXPECT_EQ(folder.read("answers.ndjson"), std::string(s_answer) + s_answer);
+    EXPECT_FALSE(std::filesystem::exists(answers + ".part"));
+    EXPECT_THAT(messages.str(), StartsWith("quelt-migrate: keeping 1 answer from " + answers +
+                                           ".part\n2 records (1 kept) in "));
+    messages.str("");
+    EXPECT_EQ(convert({"-o", answers}, s_record), 0);
+    EXPECT_EQ(folder.read("answers.ndjson"), s_answer);
+}
+
+TEST_F(CommandLineTest, resumeGoesOnBehindTheLastWholeLine) {
+    const std::string records = "\n" + std::string(s_record) + "x\n\n" + s_record + s_record;
+    const std::string expected =
+        s_answer +
+        std::string(R"({"line":3,"malformed":"not JSON at column 1: expected a value"})"
+                    "\n") +
+        s_answer + s_answer;
+    const std::string answers = folder.path("answers.ndjson");
+    for (const char* const jobs : {"1", "3"}) {
+        for (std::size_t kept = 0; kept <= expected.size(); ++kept) {
+            folder.write("answers.ndjson.part", expected.substr(0, kept));
+            messages.str("");
+            ASSERT_EQ(convert({"-o", answers, "--resume", "--jobs", jobs}, records), 1) << kept;
+            ASSERT_EQ(folder.read("answers.ndjson"), expected) << kept;
+            ASSERT_THAT(messages.str(), HasSubstr("converted  3\n  failed     0\n  malformed  1\n")) << kept;
+        }
+    }
+}
+
+TEST_F(CommandLineTest, resumeChangesNothingThatDoesNotFit) {
+    const std::string answers = folder.path("answers.ndjson");
+    const auto refusalOf = [&](const std::string& part, std::string_view records) {
+        folder.write("answers.ndjson.part", part);
+        messages.str("");
+        EXPECT_EQ(convert({"-o", answers, "--resume"}, records), 2);
+        EXPECT_EQ(folder.read("answers.ndjson.part"), part);
+        EXPECT_FALSE(std::filesystem::exists(answers));
+        std::string message = messages.str();
+        const std::string prefix = "quelt-migrate: cannot go on with " + answers + ".part: ";
+        EXPECT_THAT(message, StartsWith(prefix));
+        return message.substr(prefix.size());
+    };
+    const std::string two = std::string(s_record) + s_record;
+    EXPECT_EQ(refusalOf(std::string(s_answer) + s_answer + "{", s_record),
+              "it holds more answers than there are records\n");
+    EXPECT_EQ(refusalOf(std::string(s_answer) + "{", R"({"id":"P-2","tree":true})"),
+              "its line 1 is not the answer that line 1 of the records gets now\n");
+    EXPECT_EQ(refusalOf(std::string(s_answer) + "{}\n{", "\n" + two),
+              "its line 2 is not the answer that line 3 of the records gets now\n");
+    EXPECT_EQ(refusalOf(std::string(s_answer) + s_answer, std::string(s_record) + "x\n"),
+              "its line 2 is not the answer that line 2 of the records gets now\n");
+    EXPECT_EQ(refusalOf("\n" + std::string(s_answer), s_record),
+              "its line 1 is not the answer that line 1 of the records gets now\n");
+}
+
+TEST_F(CommandLineTest, resumeWithoutAPart) {
+    const std::string answers = folder.path("answers.ndjson");
+    EXPECT_EQ(convert({"-o", answers, "--resume"}, s_record), 0);
+    EXPECT_EQ(folder.read("answers.ndjson"), s_answer);
+    EXPECT_THAT(messages.str(),
+                StartsWith("quelt-migrate: " + answers +
+                           ".part is not there: beginning with the first record\n1 record in "));
+    messages.str("");
+    EXPECT_EQ(convert({"-o", answers, "--resume"}, s_record), 0);
+    EXPECT_EQ(folder.read("answers.ndjson"), s_answer);
+    EXPECT_THAT(messages.str(),
+                StartsWith("quelt-migrate: keeping 1 answer from " + answers + "\nquelt-migrate: " + answers +
+                           " is complete: nothing was to be done\n1 record (1 kept) in "));
+    for (const char* const jobs : {"1", "2"}) {
+        messages.str("");
+        EXPECT_EQ(convert({"-o", answers, "--resume", "-j", jobs}, std::string(s_record) + s_record), 2);
+        EXPECT_EQ(folder.read("answers.ndjson"), s_answer);
+        EXPECT_THAT(messages.str(), HasSubstr("cannot go on with " + answers +
+                                              ": it has been complete, and there are more records now"));
+    }
+    messages.str("");
+    EXPECT_EQ(convert({"--resume"}, s_record), 2);
+    EXPECT_EQ(convert({"--resume", "-o", "-"}, s_record), 2);
+    EXPECT_EQ(messages.str(), "quelt-migrate: --resume needs --output with the name of a file\n"
+                              "quelt-migrate: --resume needs --output with the name of a file\n");
+    EXPECT_EQ(output.text(), "");
 }
 
 TEST_F(CommandLineTest, failuresWhileReadingAndWriting) {
@@ -354,7 +456,7 @@ TEST_F(CommandLineTest, compileAndDecompileRefuseFilesThatCannotBeUsed) {
                                   ": No such file or directory\n"
                                   "quelt-migrate: the answers would overwrite the records\n"
                                   "quelt-migrate: cannot write the answers " +
-                                  folder.path("missing/answers") + ": No such file or directory\n");
+                                  folder.path("missing/answers") + ".part: No such file or directory\n");
     EXPECT_EQ(output.text(), "");
 }
 

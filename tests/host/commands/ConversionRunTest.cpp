@@ -134,6 +134,32 @@ TEST_F(ConversionRunTest, failureToWriteEndsTheRun) {
     }
 }
 
+/// Keeps whether it was given whole lines, each time.
+class LinesSink : public test::TextSink {
+public:
+    void write(std::string_view bytes) override {
+        m_areWhole = m_areWhole && (bytes.empty() || bytes.ends_with('\n'));
+        TextSink::write(bytes);
+    }
+    [[nodiscard]] bool areWhole() const { return m_areWhole; }
+
+private:
+    bool m_areWhole = true;
+};
+
+TEST_F(ConversionRunTest, writesWholeLines) {
+    const std::string text = manyRecords(20'000);
+    for (const unsigned jobs : {1U, 3U}) {
+        for (const std::size_t piece : {1'000U, 1'000'000U}) {
+            TextSource source(text, piece);
+            LinesSink sink;
+            EXPECT_TRUE(run(source, sink, jobs).isWhole());
+            EXPECT_TRUE(sink.areWhole());
+            EXPECT_GT(sink.text().size(), std::size_t{2} << 20U) << "written in several pieces";
+        }
+    }
+}
+
 /// Throws something that is no failure of the stream.
 class BrokenSink : public ByteSink {
 public:

@@ -155,5 +155,26 @@ TEST(LineReaderTest, textIsPaddedForTheParser) {
     }
 }
 
+TEST(LineReaderTest, linesThatAreGivenBackComeAgain) {
+    const std::string text = "a\n\nb\nc\nd";
+    for (const std::size_t taken : {0U, 1U, 2U, 3U}) {
+        TextSource source(text, 8); // the first three lines, and then the last
+        LineReader reader(source, 16);
+        LineBatch batch;
+        ASSERT_TRUE(reader.fill(batch));
+        ASSERT_EQ(batch.lines().size(), 3U);
+        reader.giveBack(batch, taken);
+        std::vector<std::string> lines;
+        while (reader.fill(batch)) {
+            for (const Line& line : batch.lines()) {
+                lines.push_back(describe(batch, line));
+            }
+        }
+        const std::vector<std::string> all{"1:a", "3:b", "4:c", "5:d..."};
+        EXPECT_EQ(lines,
+                  std::vector<std::string>(all.begin() + static_cast<std::ptrdiff_t>(taken), all.end()));
+    }
+}
+
 } // namespace
 } // namespace quelt::host

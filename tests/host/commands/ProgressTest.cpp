@@ -33,6 +33,24 @@ TEST(ProgressTest, saysWhatIsKnown) {
               "8 records, 2/s, 100 % done, 0:00 left");
 }
 
+TEST(ProgressTest, whatWasKeptTookNoTime) {
+    // Half was kept; another quarter took 30 seconds, and so will the last.
+    EXPECT_EQ(describeProgress({.counts = {.converted = 9000},
+                                .seconds = 30,
+                                .share = 0.75,
+                                .keptRecords = 6000,
+                                .keptShare = 0.5},
+                               false),
+              "9,000 records, 100/s, 75 % done, 0:30 left");
+    EXPECT_EQ(describeProgress({.counts = {.converted = 6000},
+                                .seconds = 1,
+                                .share = 0.5,
+                                .keptRecords = 6000,
+                                .keptShare = 0.5},
+                               false),
+              "6,000 records, 0/s, 50 % done");
+}
+
 TEST(ProgressTest, troubleIsRedWhereColoursAreWelcome) {
     const ProgressState state{.counts = {.converted = 1, .failed = 2, .malformed = 1000}};
     EXPECT_EQ(describeProgress(state, false), "1,003 records, 2 failed, 1,000 malformed");
@@ -78,6 +96,17 @@ TEST_F(ProgressLineTest, isWrittenAtOnceOnATerminalAndCleared) {
     EXPECT_EQ(messages.str(), before);
     progress.clear();
     EXPECT_EQ(shown(messages.str()), "");
+}
+
+TEST_F(ProgressLineTest, includesWhatWasKept) {
+    const Console console{
+        .input = input, .output = output, .messages = messages, .messagesAreTerminal = true};
+    Progress progress(console, 200);
+    progress.beginBehind({.converted = 5, .failed = 1}, 50);
+    progress.update({.converted = 2, .malformed = 1}, 100);
+    EXPECT_TRUE(shown(messages.str()).starts_with("9 records, ")) << messages.str();
+    EXPECT_NE(messages.str().find("50 % done"), std::string::npos) << messages.str();
+    EXPECT_NE(messages.str().find("1 failed, 1 malformed"), std::string::npos) << messages.str();
 }
 
 TEST_F(ProgressLineTest, makesWayForAnswersOnTheSameTerminal) {

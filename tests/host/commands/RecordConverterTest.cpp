@@ -164,7 +164,7 @@ TEST_F(RecordConverterTest, answersMalformedLinesWithTheirNumber) {
     convert({.number = 20, .isUnfinished = true}, R"({"id": "P-3", "tree": )");
     convert({.number = 21, .isTooLong = true}, "");
     convert({.number = 22}, R"({"id": "P-4", "list": []})");
-    EXPECT_EQ(viewOf(answers),
+    EXPECT_EQ(answers.view(),
               R"({"line":17,"malformed":"unknown key 'lst' at /lst"})"
               "\n"
               R"({"line":18,"id":"P-1","malformed":"unknown key 'lst' at /lst"})"
@@ -323,7 +323,7 @@ TEST(RecordConverterBranchTest, noRecordSeesWhatAnotherHasDone) {
                 TextBuffer answers;
                 Counts counts;
                 converter.convert({}, Padded(lines[at]).text(), answers, counts);
-                EXPECT_EQ(viewOf(answers), alone[at] + "\n");
+                EXPECT_EQ(answers.view(), alone[at] + "\n");
             }
         }
     };

@@ -27,6 +27,15 @@ TEST(SummaryTest, saysWhatBecameOfTheRecords) {
               "  malformed      1\n");
 }
 
+TEST(SummaryTest, whatWasKeptTookNoTime) {
+    std::ostringstream out;
+    writeSummary(out, {.converted = 2500}, {}, 2, false, 1500);
+    EXPECT_EQ(out.str(), "2,500 records (1,500 kept) in 2.00 s, 500 records/s\n"
+                         "  converted  2,500\n"
+                         "  failed         0\n"
+                         "  malformed      0\n");
+}
+
 TEST(SummaryTest, nothingToDoIsSaidToo) {
     EXPECT_EQ(summaryOf({}, {}, 0), "0 records in 0.00 s, 0 records/s\n"
                                     "  converted  0\n"

@@ -32,7 +32,7 @@ protected:
         TextBuffer buffer;
         JsonWriter writer(buffer);
         AnswerWriter(*context).write(writer, answer);
-        return std::string(viewOf(buffer));
+        return std::string(buffer.view());
     }
     std::unique_ptr<LoadedContext> context = contextOf(sampleContext());
 };
@@ -123,7 +123,7 @@ TEST_F(AnswerWriterTest, malformedLines) {
         TextBuffer buffer;
         JsonWriter writer(buffer);
         AnswerWriter::writeMalformed(writer, number, id, what);
-        return std::string(viewOf(buffer));
+        return std::string(buffer.view());
     };
     EXPECT_EQ(malformed(17, std::nullopt, "unknown key 'lst' at /lst"),
               R"({"line":17,"malformed":"unknown key 'lst' at /lst"})");

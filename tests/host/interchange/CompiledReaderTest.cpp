@@ -33,7 +33,7 @@ std::string writtenOut(const QueltFltEffectivity& effectivity) {
     TextBuffer buffer;
     JsonWriter writer(buffer);
     writeCompiled(writer, effectivity);
-    return std::string(viewOf(buffer));
+    return std::string(buffer.view());
 }
 /// The effectivity as it is written when it is read, compiled, decompiled.
 std::string throughBytes(std::string_view json) {

@@ -54,7 +54,7 @@ private:
         TextBuffer buffer;
         JsonWriter writer(buffer);
         rewrite(value, writer);
-        return std::string(viewOf(buffer));
+        return std::string(buffer.view());
     }
 
     ExpressionReader m_reader{*context};
@@ -122,7 +122,7 @@ TEST_F(ExpressionWriterTest, selectionWithSeveralEndsIsWrittenAsTheWaysToEach) {
     JsonWriter writer(buffer);
     CriterionWriter(*context).write(writer, effectivity);
     EXPECT_EQ(
-        viewOf(buffer),
+        buffer.view(),
         R"({"treeSeries":"Line","of":"Truck","in":[{"from":1,"to":7},{"from":1,"to":6,"toIncl":false}]})");
 }
 
@@ -151,7 +151,7 @@ TEST_F(ExpressionWriterTest, missingChildrenAreNull) {
     expressionWriter.writeNode(writer, nullptr);
     expressionWriter.writeNode(writer, std::make_unique<QueltEeNodeRef>().get());
     writer.endArray();
-    EXPECT_EQ(viewOf(buffer), "[null,null]");
+    EXPECT_EQ(buffer.view(), "[null,null]");
 }
 
 TEST_F(ExpressionWriterTest, lists) {
@@ -174,7 +174,7 @@ TEST_F(ExpressionWriterTest, filterWithoutListHasNoCriteria) {
     TextBuffer buffer;
     JsonWriter writer(buffer);
     ExpressionWriter(*context).writeMultiModel(writer, QueltEeFilterExpression(nullptr, nullptr));
-    EXPECT_EQ(viewOf(buffer), R"({"kind":"filter","criteria":[]})");
+    EXPECT_EQ(buffer.view(), R"({"kind":"filter","criteria":[]})");
 }
 
 TEST_F(ExpressionWriterTest, multiModelExpressions) {

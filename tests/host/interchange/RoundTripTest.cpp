@@ -29,7 +29,7 @@ protected:
         JsonWriter writer(buffer);
         ExpressionWriter expressionWriter(random.context());
         write(writer, expressionWriter);
-        return std::string(viewOf(buffer));
+        return std::string(buffer.view());
     }
 
     RandomContext random{GetParam()};
@@ -92,7 +92,7 @@ TEST(RoundTripSampleTest, deepestTree) {
     TextBuffer buffer;
     JsonWriter writer(buffer);
     ExpressionWriter(*context).writeNode(writer, record.expression->GetNodeRef());
-    EXPECT_EQ(viewOf(buffer), tree);
+    EXPECT_EQ(buffer.view(), tree);
 }
 
 } // namespace

@@ -352,7 +352,7 @@ std::string RandomContext::record(unsigned id, bool isChange, bool isBranched) {
     writer.key(Key::branch);
     writer.flag(isBranched);
     writer.endObject();
-    return std::string(viewOf(buffer));
+    return std::string(buffer.view());
 }
 
 std::unique_ptr<QueltEeExpression> RandomContext::multiModelExpression() {

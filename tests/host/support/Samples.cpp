@@ -52,7 +52,7 @@ std::string written(const LoadedContext& context) {
     TextBuffer buffer;
     JsonWriter writer(buffer);
     writeContext(writer, context);
-    return std::string(viewOf(buffer));
+    return std::string(buffer.view());
 }
 
 std::string answerTo(const LoadedContext& context, std::string_view line, ConvertOptions options) {
@@ -60,7 +60,7 @@ std::string answerTo(const LoadedContext& context, std::string_view line, Conver
     TextBuffer answers;
     Counts counts;
     converter.convert(Line{0, line.size(), 1, false, false}, Padded(line).text(), answers, counts);
-    std::string answer(viewOf(answers));
+    std::string answer(answers.view());
     answer.pop_back(); // the line end
     return answer;
 }
