@@ -12,19 +12,11 @@
 #include "expression/QueltEeNode.h"
 #include "infrastructure/QueltInResult.h"
 #include "infrastructure/QueltInString.h"
+#include "support/Expect.h"
 
-#include <cstdio>
-#include <cstdlib>
 #include <memory>
 
 namespace {
-
-void expect(bool holds, const char* what) {
-    if (!holds) {
-        std::fprintf(stderr, "not so: %s\n", what);
-        std::abort();
-    }
-}
 
 std::unique_ptr<QueltInObject> read(std::span<const std::uint8_t> bytes) {
     QueltBioBuffer buffer(bytes);

@@ -2,21 +2,23 @@
 # Sees to it that the Debian packages are there that building and testing need. Installs what is missing when that is
 # possible (as root, or through sudo); else names it and ends with status 2.
 #
-#     setup.sh [fuzz | windows]   what fuzzing, or building for Windows, needs, too
+#     setup.sh [fuzz | windows | coverage]   what fuzzing, building for Windows, or measuring coverage needs, too
 set -euo pipefail
 
 cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.."
 packages=(
     g++ cmake ninja-build                        # to build
-    libsimdjson-dev rapidjson-dev libcli11-dev   # the host application
-    libgtest-dev libgmock-dev libbenchmark-dev   # tests and benchmarks
+    libsimdjson-dev libcli11-dev                 # the host application
+    libgtest-dev libgmock-dev rapidjson-dev      # tests
+    libbenchmark-dev                             # benchmarks
     binutils python3 clang-format-14             # checks that the tests run
     doxygen groff-base zsh fish                  # documentation, and what tries it
     git dpkg-dev file pkg-config gzip            # packages, and their tests
     abigail-tools                                # the comparison of binary interfaces
 )
 case ${1:-} in
-fuzz) packages+=(clang-14 libclang-rt-14-dev) ;;
+fuzz) packages+=(clang-16 libclang-rt-16-dev) ;;
+coverage) packages+=(gcovr) ;;
 windows)
     packages+=(
         g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64 # to build
