@@ -31,7 +31,7 @@ std::string answerTo(const LoadedContext& context, std::string record, ConvertOp
     Counts counts;
     converter.convert(Line{0, record.size(), 1, false, false}, {record.data(), record.size()}, answers,
                       counts);
-    return withoutAddresses({answers.GetString(), answers.GetSize()});
+    return withoutAddresses(std::string(answers.view()));
 }
 
 } // namespace quelt::host::test

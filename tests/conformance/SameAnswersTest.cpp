@@ -62,7 +62,7 @@ TEST(SameAnswers, onEveryPlatform) {
         TextBuffer buffer;
         JsonWriter writer(buffer);
         writeContext(writer, random.context());
-        hash.add(viewOf(buffer));
+        hash.add(buffer.view());
         for (unsigned number = 0; number < recordsEach; ++number) {
             hash.add(answerTo(random.context(), random.record(number, number % 4 == 0, number % 3 == 0),
                               everything));
