@@ -2,22 +2,11 @@
 
 #include "commands/LineReader.h"
 #include "host/support/HeapRecordConverter.h"
+#include "host/support/LeaksForgiven.h"
 #include "host/support/MemoryStreams.h"
 #include "support/Expect.h"
 
 #include <sstream>
-
-#if defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define QUELT_HAS_LEAK_SANITIZER
-#endif
-#endif
-#if defined(__SANITIZE_ADDRESS__) && !defined(_WIN32)
-#define QUELT_HAS_LEAK_SANITIZER
-#endif
-#if defined(QUELT_HAS_LEAK_SANITIZER)
-#include <sanitizer/lsan_interface.h>
-#endif
 
 namespace quelt::host::fuzz {
 
@@ -25,30 +14,6 @@ namespace {
 
 /// So little is read at a time that several workers get something to do.
 constexpr std::size_t s_piece = 256;
-
-/// A leak sanitizer forgives what is allocated meanwhile.
-class LeaksForgiven {
-public:
-    explicit LeaksForgiven([[maybe_unused]] bool forgives) : m_forgives(forgives) {
-#if defined(QUELT_HAS_LEAK_SANITIZER)
-        if (m_forgives) {
-            __lsan_disable();
-        }
-#endif
-    }
-    ~LeaksForgiven() {
-#if defined(QUELT_HAS_LEAK_SANITIZER)
-        if (m_forgives) {
-            __lsan_enable();
-        }
-#endif
-    }
-    LeaksForgiven(const LeaksForgiven&) = delete;
-    LeaksForgiven& operator=(const LeaksForgiven&) = delete;
-
-private:
-    [[maybe_unused]] bool m_forgives;
-};
 
 std::string run(const MakeLineConverter& makeConverter, std::string_view records, unsigned jobs) {
     test::TextSource source(records, s_piece);
@@ -65,7 +30,7 @@ std::string run(const MakeLineConverter& makeConverter, std::string_view records
 
 std::string answersTo(const LoadedContext& context, std::string_view records, const Way& way,
                       bool forgivesLeaks) {
-    const LeaksForgiven scope(forgivesLeaks);
+    const test::LeaksForgiven scope(forgivesLeaks);
     const MakeLineConverter makeConverter = [&]() -> std::unique_ptr<LineConverter> {
         if (way.usesArena) {
             return std::make_unique<RecordConverter>(context, way.options);

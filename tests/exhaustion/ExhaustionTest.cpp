@@ -8,6 +8,7 @@
 #include "commands/ConversionRun.h"
 #include "commands/RecordConverter.h"
 #include "host/support/HeapRecordConverter.h"
+#include "host/support/LeaksForgiven.h"
 #include "host/support/MemoryStreams.h"
 #include "host/support/Samples.h"
 
@@ -146,11 +147,13 @@ TEST_F(ExhaustionTest, isToldWhenThereIsNoMemoryForTheAnswer) {
 }
 
 TEST_F(ExhaustionTest, onTheHeap) {
+    const test::LeaksForgiven scope(true);
     failEverywhere([&] { return std::make_unique<test::HeapRecordConverter>(*context, ConvertOptions{}); },
                    Lasting::once);
 }
 
 TEST_F(ExhaustionTest, onTheHeapWithEverythingShown) {
+    const test::LeaksForgiven scope(true);
     failEverywhere([&] { return std::make_unique<test::HeapRecordConverter>(*context, s_everything); },
                    Lasting::once);
 }

@@ -1,6 +1,7 @@
 #include "QueltEeTarselMigrationServices.h"
 
 #include "core/infrastructure/RandomNumbers.h"
+#include "core/support/Effort.h"
 #include "module/support/BranchingWorld.h"
 
 #include "infrastructure/QueltInIntHolder.h"
@@ -21,11 +22,7 @@ using Interval = QueltEeSerialEff::Interval;
 using ExternalType = QueltEeSerialVar::SerialExternalType;
 
 constexpr int s_open = 2000000000;
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr int s_tries = 500;
-#else
-constexpr int s_tries = 10000;
-#endif
+constexpr int s_tries = effort(10000);
 
 const QueltEeTreeSeriesElement* elementAt(const QueltEeTreeSeriesVar& tree, int number) {
     for (const auto& element : tree.getElements()) {

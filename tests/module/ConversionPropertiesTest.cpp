@@ -1,5 +1,6 @@
 #include "QueltEeTarselMigrationServices.h"
 
+#include "core/support/Effort.h"
 #include "module/support/Captured.h"
 #include "module/support/EvolutionTrees.h"
 #include "module/support/LiveAllocations.h"
@@ -281,7 +282,7 @@ void EvolutionTreeConversion::tryTree(EvolutionTrees& trees) {
 }
 
 TEST_P(EvolutionTreeConversion, meansWhatTheInputMeans) {
-    constexpr int count = 5000;
+    constexpr int count = effort(5000);
     EvolutionTrees trees(m_world, GetParam());
     for (int i = 0; i < count && !HasFailure(); ++i) {
         tryTree(trees);
@@ -299,7 +300,7 @@ TEST(FeatureTreeConversion, appliesWhereEveryFeatureIsHeld) {
     const ConversionWorld world;
     EvolutionTrees trees(world, 77);
     int checked = 0;
-    for (int i = 0; i < 10000; ++i) {
+    for (int i = 0; i < effort(10000); ++i) {
         OwnedReference tree = trees.tree();
         std::vector<QueltInGuid> features;
         bool hasSeries = false;
@@ -335,7 +336,7 @@ TEST(FeatureTreeConversion, appliesWhereEveryFeatureIsHeld) {
         }
         ASSERT_EQ(filed, holders);
     }
-    EXPECT_GT(checked, 2000);
+    EXPECT_GT(checked, effort(2000));
 }
 
 class AnyTreeConversion : public testing::TestWithParam<unsigned int> {
@@ -405,7 +406,7 @@ void AnyTreeConversion::tryTree(RandomExpressions& trees) {
 }
 
 TEST_P(AnyTreeConversion, isSafeAndRepeatable) {
-    constexpr int count = 5000;
+    constexpr int count = effort(5000);
     RandomExpressions trees(m_world, GetParam());
     for (int i = 0; i < count && !HasFailure(); ++i) {
         tryTree(trees);

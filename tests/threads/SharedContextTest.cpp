@@ -3,6 +3,7 @@
 
 #include "host/support/Examples.h"
 #include "host/support/HeapRecordConverter.h"
+#include "host/support/LeaksForgiven.h"
 #include "host/support/Samples.h"
 
 #include "commands/RecordConverter.h"
@@ -54,12 +55,18 @@ std::string withoutTrace(const std::string& answer) {
     return answer.substr(0, trace);
 }
 
+/// Whether a conversion in this manner may leave objects to nobody, as one that fails does on the heap.
+bool mayLeaveObjects(const Manner& manner, std::string_view answer) {
+    return !manner.usesArena && answer.find(R"(,"code":"0x)") != std::string_view::npos;
+}
+
 /// The answers to all examples in each manner, by one thread.
 std::vector<std::vector<std::string>> answersAlone(const LoadedContext& context) {
     std::vector<std::vector<std::string>> answers;
     for (const Manner& manner : s_manners) {
         const auto converter = makeConverter(context, manner);
         std::vector<std::string>& ofManner = answers.emplace_back();
+        const test::LeaksForgiven scope(!manner.usesArena);
         for (const std::string& record : test::exampleRecords()) {
             ofManner.push_back(withoutTrace(test::answerOf(*converter, record)));
         }
@@ -83,6 +90,7 @@ TEST(SharedContextTest, threadsGetTheAnswersOfOne) {
             for (std::size_t step = 0; step < records.size(); ++step) {
                 // Every second round all begin with the same record.
                 const std::size_t number = (step + (round % 2 == 0 ? 0 : thread * 13)) % records.size();
+                const test::LeaksForgiven scope(mayLeaveObjects(s_manners[manner], expected[manner][number]));
                 const std::string answer = withoutTrace(test::answerOf(*converter, records[number]));
                 differences += answer != expected[manner][number] ? 1U : 0U;
                 ++conversions;

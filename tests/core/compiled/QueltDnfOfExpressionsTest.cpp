@@ -1,5 +1,6 @@
 #include "compiled/QueltDnf.h"
 
+#include "core/support/Effort.h"
 #include "core/support/RandomExpressions.h"
 
 #include "expression/QueltEeEvaluator.h"
@@ -67,7 +68,7 @@ public:
 TEST(FilterDnf, MeansTheFilterOrItsNegation) {
     const SampleWorld world;
     RandomExpressions random(world, 81);
-    for (int round = 0; round < 10000; ++round) {
+    for (int round = 0; round < effort(10000); ++round) {
         const std::unique_ptr<QueltQmSpecList> list = random.list();
         const int mode = round % 2;
         QueltEeFilterExpression filter(world.dictionaries[1], list->clone());
@@ -130,7 +131,7 @@ TEST(Develop, KeepsTheMeaningOfEveryPart) {
     RandomExpressions random(world, 82);
     const TreeShape shape{4, 3, true, false, false};
     int changed = 0;
-    for (int round = 0; round < 5000; ++round) {
+    for (int round = 0; round < effort(5000); ++round) {
         QueltEeChangeExpression expression;
         if (random.random().flip()) {
             EXPECT_EQ(expression.setGlobalCriteria(random.tree(shape).release()), S_OK);
@@ -168,7 +169,7 @@ TEST(Develop, KeepsTheMeaningOfEveryPart) {
             }
         }
     }
-    EXPECT_GT(changed, 4000);
+    EXPECT_GT(changed, effort(4000));
 }
 
 TEST(Develop, ChangesNothingWhenOnePartCannotBeDeveloped) {

@@ -1,5 +1,6 @@
 #include "compiled/QueltDnf.h"
 
+#include "core/support/Effort.h"
 #include "core/support/RandomExpressions.h"
 
 #include <gtest/gtest.h>
@@ -272,7 +273,7 @@ TEST(QueltDnfMake, KeepsTheMeaning) {
     TreeShape shape;
     std::size_t longest = 0;
     int refused = 0;
-    for (int round = 0; round < 30000; ++round) {
+    for (int round = 0; round < effort(30000); ++round) {
         shape.hasAliases = round % 4 == 0;
         shape.hasUnknowns = round % 8 == 1;
         const OwnedReference tree = random.tree(shape);
@@ -300,7 +301,7 @@ TEST(QueltDnfMake, KeepsTheMeaning) {
         }
     }
     EXPECT_GT(longest, 10U);
-    EXPECT_GT(refused, 500);
+    EXPECT_GT(refused, effort(500));
 }
 
 TEST(QueltDnfMake, MakesFormsUpToItsLimits) {
@@ -372,7 +373,7 @@ TEST(QueltDnfMake, KeepsShortWhatOnlyLooksAsIfItExploded) {
 }
 
 TEST(QueltDnfMake, GoesAsDeepAsTheTree) {
-    constexpr std::size_t depth = 1'000'000;
+    constexpr std::size_t depth = effort(1'000'000);
     EXPECT_EQ(dnfText(singleChain<QueltEeNotOp>(depth + 1)), "FALSE");
     const Changes changes(3);
     OwnedReference tree = changes.leaf(0);

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "core/effectivity/EffectivityFamilies.h"
+#include "core/support/Effort.h"
 #include "infrastructure/QueltInResult.h"
 
 #include <functional>
@@ -55,7 +56,7 @@ using Families = testing::Types<SerialFamily, DateFamily, OptionFamily, Selectio
 TYPED_TEST_SUITE(VarEffTest, Families);
 
 TYPED_TEST(VarEffTest, HoldsForWhatItDenotes) {
-    for (int round = 0; round < 200; ++round) {
+    for (int round = 0; round < effort(200); ++round) {
         const Effectivity effectivity = this->m_family.random(this->m_random);
         const Denoted denoted = this->m_family.read(*effectivity);
         for (const std::int64_t member : this->m_family.domain()) {
@@ -67,7 +68,7 @@ TYPED_TEST(VarEffTest, HoldsForWhatItDenotes) {
 }
 
 TYPED_TEST(VarEffTest, CombinesAsSetsDo) {
-    for (int round = 0; round < 300; ++round) {
+    for (int round = 0; round < effort(300); ++round) {
         const Effectivity left = this->m_family.random(this->m_random);
         const Effectivity right = this->m_family.random(this->m_random);
         const Denoted leftDenoted = this->m_family.read(*left);
@@ -99,7 +100,7 @@ TYPED_TEST(VarEffTest, CombinesWithItself) {
 }
 
 TYPED_TEST(VarEffTest, TurnsRound) {
-    for (int round = 0; round < 100; ++round) {
+    for (int round = 0; round < effort(100); ++round) {
         const Effectivity effectivity = this->m_family.random(this->m_random);
         const Denoted denoted = this->m_family.read(*effectivity);
         Denoted opposite;
@@ -159,7 +160,7 @@ TYPED_TEST(VarEffTest, KnowsNothingAndEverything) {
     EXPECT_EQ(everything->isAllFalse(), 0);
     EXPECT_NE(everything->isAllTrue(), 0);
 
-    for (int round = 0; round < 300; ++round) {
+    for (int round = 0; round < effort(300); ++round) {
         const Effectivity effectivity = this->m_family.random(this->m_random);
         const Denoted denoted = this->m_family.read(*effectivity);
         const bool hasAll = denoted.members.size() == this->m_family.domain().size();

@@ -1,6 +1,7 @@
 // What QueltEeFilterExpression::simplify and QueltEeMultiModelExpression::simplify make of random
 // expressions.
 
+#include "core/support/Effort.h"
 #include "core/support/RandomExpressions.h"
 
 #include "expression/QueltEeEvaluator.h"
@@ -97,7 +98,7 @@ TEST(FilterSimplification, KeepsTheMeaning) {
     const SampleWorld world;
     RandomExpressions random(world, 51);
     int changed = 0;
-    for (int round = 0; round < 20000; ++round) {
+    for (int round = 0; round < effort(20000); ++round) {
         const std::unique_ptr<QueltQmSpecList> list = random.list();
         const int mode = round % 2;
         QueltEeFilterExpression filter(world.dictionaries[0], list->clone());
@@ -116,7 +117,7 @@ TEST(FilterSimplification, KeepsTheMeaning) {
         }
         ASSERT_EQ(filter.simplify(), S_OK) << after;
     }
-    EXPECT_GT(changed, 5000);
+    EXPECT_GT(changed, effort(5000));
 }
 
 TEST(FilterSimplification, CombinesManyCriteria) {
@@ -137,7 +138,7 @@ TEST(MultiModelSimplification, KeepsTheMeaningOfEveryPart) {
     RandomExpressions random(world, 52);
     TreeShape shape;
     int changed = 0;
-    for (int round = 0; round < 5000; ++round) {
+    for (int round = 0; round < effort(5000); ++round) {
         shape.hasUnknowns = round % 4 == 0;
         QueltEeEffectivityExpression expression;
         if (random.random().flip()) {
@@ -179,7 +180,7 @@ TEST(MultiModelSimplification, KeepsTheMeaningOfEveryPart) {
         }
         ASSERT_EQ(expression.simplify(), S_OK);
     }
-    EXPECT_GT(changed, 3000);
+    EXPECT_GT(changed, effort(3000));
 }
 
 TEST(MultiModelSimplification, KeepsThePartsReferences) {

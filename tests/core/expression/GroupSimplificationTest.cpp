@@ -1,6 +1,7 @@
 // The simplifications of groups, with random groups: that each does what its name says and nothing else, and
 // that the group means the same afterwards.
 
+#include "core/support/Effort.h"
 #include "core/support/RandomExpressions.h"
 
 #include <gtest/gtest.h>
@@ -9,7 +10,7 @@
 
 namespace {
 
-constexpr int s_rounds = 15000;
+constexpr int s_rounds = effort(15000);
 
 /// What a child of a group is, as the simplifications see it.
 enum class Kind { isTrue, isFalse, other };

@@ -1,5 +1,6 @@
 // Combining two leaves, and turning one round, as a new tree and in place, with random leaves.
 
+#include "core/support/Effort.h"
 #include "core/support/RandomExpressions.h"
 
 #include <gtest/gtest.h>
@@ -56,7 +57,7 @@ TEST_P(LeafCombination, MakesATreeThatMeansBoth) {
     const SampleWorld world;
     RandomExpressions random(world, 41);
     int asOne = 0;
-    for (int round = 0; round < 20000; ++round) {
+    for (int round = 0; round < effort(20000); ++round) {
         const OwnedReference left = heldLeaf(random.criterion());
         const OwnedReference right = heldLeaf(random.criterion());
         const std::string texts = textOf(*left) + " with " + textOf(*right);
@@ -80,14 +81,14 @@ TEST_P(LeafCombination, MakesATreeThatMeansBoth) {
         }
         asOne += group == nullptr ? 1 : 0;
     }
-    EXPECT_GT(asOne, 1000);
+    EXPECT_GT(asOne, effort(1000));
 }
 
 TEST_P(LeafCombination, CombinesInPlaceOrChangesNothing) {
     const SampleWorld world;
     RandomExpressions random(world, 42);
     int combined = 0;
-    for (int round = 0; round < 20000; ++round) {
+    for (int round = 0; round < effort(20000); ++round) {
         const OwnedReference left = heldLeaf(random.criterion());
         const OwnedReference right = heldLeaf(random.criterion());
         const std::string leftText = textOf(*left);
@@ -111,7 +112,7 @@ TEST_P(LeafCombination, CombinesInPlaceOrChangesNothing) {
                 << leftText << " with " << rightText;
         }
     }
-    EXPECT_GT(combined, 500);
+    EXPECT_GT(combined, effort(500));
 }
 
 INSTANTIATE_TEST_SUITE_P(Operations, LeafCombination,
@@ -124,7 +125,7 @@ INSTANTIATE_TEST_SUITE_P(Operations, LeafCombination,
 TEST(LeafNegation, TurnsALeafRoundBothWays) {
     const SampleWorld world;
     RandomExpressions random(world, 43);
-    for (int round = 0; round < 20000; ++round) {
+    for (int round = 0; round < effort(20000); ++round) {
         const OwnedReference leaf = heldLeaf(random.criterion());
         const OwnedReference before(leaf->getNode()->clone());
         const std::string text = textOf(*leaf);
@@ -147,7 +148,7 @@ TEST(LeafConstancy, IsWhatEveryConfigurationSays) {
     const SampleWorld world;
     RandomExpressions random(world, 44);
     int constants = 0;
-    for (int round = 0; round < 20000; ++round) {
+    for (int round = 0; round < effort(20000); ++round) {
         const OwnedReference reference = heldLeaf(random.criterion());
         const Leaf& leaf = leafIn(reference);
         const auto* const varEffLeaf = dynamic_cast<const QueltEeVarEffLeaf*>(&leaf);
@@ -161,5 +162,5 @@ TEST(LeafConstancy, IsWhatEveryConfigurationSays) {
             ASSERT_EQ(textOf(*reference), isTrue ? "TRUE" : "FALSE");
         }
     }
-    EXPECT_GT(constants, 500);
+    EXPECT_GT(constants, effort(500));
 }

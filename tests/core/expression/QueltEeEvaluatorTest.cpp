@@ -1,5 +1,6 @@
 #include "expression/QueltEeEvaluator.h"
 
+#include "core/support/Effort.h"
 #include "core/support/RandomExpressions.h"
 
 #include "expression/QueltEeFilterExpression.h"
@@ -200,7 +201,7 @@ TEST(QueltEeEvaluator, AgreesWithThePlainMeaning) {
         shape.hasAliases = true;
         int certain = 0;
         int held = 0;
-        for (int round = 0; round < 20000; ++round) {
+        for (int round = 0; round < effort(20000); ++round) {
             const OwnedReference tree = random.tree(shape);
             const SampleConfiguration sample = random.configuration();
             const QueltEeConfiguration configuration = sample.toConfiguration();
@@ -216,15 +217,15 @@ TEST(QueltEeEvaluator, AgreesWithThePlainMeaning) {
                 ASSERT_EQ(holds, PlainMeaning(sample).holds(*tree->getNode())) << textOf(*tree);
             }
         }
-        EXPECT_GT(held, 3000);
-        EXPECT_GT(certain - held, 3000);
+        EXPECT_GT(held, effort(3000));
+        EXPECT_GT(certain - held, effort(3000));
     }
 }
 
 TEST(QueltEeEvaluator, EvaluatesListsAsTheirModeSays) {
     const SampleWorld world;
     RandomExpressions random(world, 13);
-    for (int round = 0; round < 5000; ++round) {
+    for (int round = 0; round < effort(5000); ++round) {
         const std::unique_ptr<QueltQmSpecList> list = random.list();
         const SampleConfiguration sample = random.configuration();
         const QueltEeConfiguration configuration = sample.toConfiguration();
@@ -348,7 +349,7 @@ TEST(QueltEeEvaluator, RefusesWhatItCannotRead) {
 }
 
 TEST(QueltEeEvaluator, GoesAsDeepAsTheTree) {
-    constexpr std::size_t depth = 1'000'000;
+    constexpr std::size_t depth = effort(1'000'000);
     const QueltEeConfiguration configuration;
     EXPECT_TRUE(holdsIn(configuration, *singleChain<QueltEeNotOp>(depth)->getNode()));
     EXPECT_FALSE(holdsIn(configuration, *singleChain<QueltEeNotDomainOp>(depth + 1)->getNode()));

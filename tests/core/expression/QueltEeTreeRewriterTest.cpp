@@ -1,5 +1,6 @@
 #include "expression/QueltEeTreeRewriter.h"
 
+#include "core/support/Effort.h"
 #include "core/support/RandomExpressions.h"
 
 #include "expression/QueltEVCClassification.h"
@@ -295,7 +296,7 @@ TEST_P(TreeRewriting, KeepsTheMeaningAndMakesNothingLonger) {
     const SampleWorld world;
     RandomExpressions random(world, GetParam().seed);
     int changed = 0;
-    for (int round = 0; round < GetParam().rounds; ++round) {
+    for (int round = 0; round < effort(GetParam().rounds); ++round) {
         const OwnedReference tree = random.tree(GetParam().shape);
         const std::string before = textOf(*tree);
         const std::size_t length = countNodes(*tree);
@@ -337,7 +338,7 @@ TEST_P(TreeRewriting, KeepsTheMeaningAndMakesNothingLonger) {
         ASSERT_FALSE(quelt::simplifyTree(*tree));
         ASSERT_EQ(textOf(*tree), after);
     }
-    EXPECT_GT(changed, GetParam().rounds / 2);
+    EXPECT_GT(changed, effort(GetParam().rounds) / 2);
 }
 
 INSTANTIATE_TEST_SUITE_P(QueltEeTreeRewriter, TreeRewriting,
@@ -529,7 +530,7 @@ TEST(QueltEeTreeRewriter, CombinesVariablesWithOneGuidOnlyWhenTheirValuesAgree) 
 }
 
 TEST(QueltEeTreeRewriter, GoesAsDeepAsTheTree) {
-    constexpr std::size_t depth = 1'000'000;
+    constexpr std::size_t depth = effort(1'000'000);
     const OwnedReference negations = singleChain<QueltEeNotOp>(depth + 1);
     EXPECT_TRUE(quelt::simplifyTree(*negations));
     EXPECT_EQ(textOf(*negations), "FALSE");

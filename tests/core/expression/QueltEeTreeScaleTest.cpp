@@ -3,16 +3,13 @@
 // would not come back.
 
 #include "core/expression/ExpressionSamples.h"
+#include "core/support/Effort.h"
 
 #include "expression/QueltEVCClassification.h"
 
 namespace {
 
-#if defined(__SANITIZE_THREAD__)
-constexpr std::size_t s_many = 100'000; // one thread only, hence nothing to find; but ten times as slow
-#else
-constexpr std::size_t s_many = 1'000'000;
-#endif
+constexpr std::size_t s_many = effort(1'000'000);
 
 /// What the classifier says of the tree.
 std::string classify(const QueltEeNodeRef& reference) {
