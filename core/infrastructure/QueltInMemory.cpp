@@ -24,6 +24,7 @@ constexpr std::size_t s_alignment = 16;
 constexpr std::size_t s_firstBlock = std::size_t{64} * 1024;
 constexpr std::size_t s_largestStep = std::size_t{1024} * 1024;
 constexpr std::size_t s_largestKept = std::size_t{4} * 1024 * 1024;
+constexpr std::size_t s_mostSpare = 64;
 constexpr std::size_t s_mostBucketsKept = 4096;
 
 static_assert(__STDCPP_DEFAULT_NEW_ALIGNMENT__ >= s_alignment,
@@ -98,33 +99,45 @@ QueltInArena::~QueltInArena() {
 
 void QueltInArena::reset() noexcept {
     letGoOfShares();
+    for (const Block& block : m_blocks) {
+        permit(block.memory.get(), block.size);
+    }
+    m_bytesElsewhere = 0;
+    keepBlocks();
+    const bool isEmpty = m_blocks.empty();
+    m_pFirst = m_pNext = isEmpty ? nullptr : m_blocks.front().memory.get();
+    m_pEnd = isEmpty ? nullptr : m_pNext + m_blocks.front().size;
+    forbid(m_pNext, static_cast<std::size_t>(m_pEnd - m_pNext));
+}
+
+/// Leaves the largest block for what comes next. Of the others those of the usual size become spare, up to a
+/// limit; what was spare until now was not needed, and goes.
+void QueltInArena::keepBlocks() noexcept {
+    m_spare.clear();
+    if (m_blocks.empty()) {
+        return;
+    }
     const auto keepable = [](const Block& block) { return block.size <= s_largestKept ? block.size : 0; };
     const auto kept =
         std::max_element(m_blocks.begin(), m_blocks.end(), [&](const Block& left, const Block& right) {
             return keepable(left) < keepable(right);
         });
-    m_bytesElsewhere = 0;
-    m_pFirst = nullptr;
-    m_pNext = nullptr;
-    m_pEnd = nullptr;
-    for (const Block& block : m_blocks) {
-        permit(block.memory.get(), block.size);
-    }
-    if (kept == m_blocks.end() || keepable(*kept) == 0) {
-        m_blocks.clear();
-        return;
-    }
     std::iter_swap(m_blocks.begin(), kept);
-    m_blocks.erase(m_blocks.begin() + 1, m_blocks.end());
-    m_pFirst = m_pNext = m_blocks.front().memory.get();
-    m_pEnd = m_pNext + m_blocks.front().size;
-    forbid(m_pNext, m_blocks.front().size);
+    const auto others = m_blocks.begin() + (keepable(m_blocks.front()) != 0 ? 1 : 0);
+    for (auto block = others; block != m_blocks.end() && m_spare.size() < s_mostSpare; ++block) {
+        if (block->size == s_largestStep) {
+            m_spare.push_back(std::move(*block)); // there is room, see addBlock
+        }
+    }
+    m_blocks.erase(others, m_blocks.end());
 }
 
 std::size_t QueltInArena::bytesReserved() const noexcept {
     std::size_t bytes = 0;
-    for (const Block& block : m_blocks) {
-        bytes += block.size;
+    for (const std::vector<Block>* const blocks : {&m_blocks, &m_spare}) {
+        for (const Block& block : *blocks) {
+            bytes += block.size;
+        }
     }
     return bytes;
 }
@@ -179,7 +192,14 @@ std::byte* QueltInArena::takeFromNewBlock(std::size_t bytes) {
 }
 
 std::byte* QueltInArena::addBlock(std::size_t size) {
-    Block block{std::make_unique_for_overwrite<std::byte[]>(size), size};
+    if (m_blocks.size() == m_blocks.capacity()) {
+        m_blocks.reserve(2 * m_blocks.size() + 2);
+    }
+    m_spare.reserve(m_blocks.capacity()); // blocks become spare where nothing may be thrown
+    Block block = takeSpare(size);
+    if (block.memory == nullptr) {
+        block = {std::make_unique_for_overwrite<std::byte[]>(size), size};
+    }
     std::byte* const memory = block.memory.get();
     const auto behind = std::upper_bound(
         m_blocks.begin(), m_blocks.end(), memory, [](const std::byte* address, const Block& other) {
@@ -188,6 +208,16 @@ std::byte* QueltInArena::addBlock(std::size_t size) {
     m_blocks.insert(behind, std::move(block));
     forbid(memory, size);
     return memory;
+}
+
+/// A spare block of that size; one without memory when there is none.
+QueltInArena::Block QueltInArena::takeSpare(std::size_t size) noexcept {
+    Block block;
+    if (size == s_largestStep && !m_spare.empty()) {
+        block = std::move(m_spare.back());
+        m_spare.pop_back();
+    }
+    return block;
 }
 
 bool QueltInArena::contains(const void* memory) const noexcept {

@@ -44,8 +44,9 @@ public:
     QueltInArena(const QueltInArena&) = delete;
     QueltInArena& operator=(const QueltInArena&) = delete;
 
-    /// Forgets everything that was made inside and keeps up to one block of memory for what comes next, so
-    /// that an arena that is used for one conversion after the other asks the heap only for the unusual ones.
+    /// Forgets everything that was made inside and keeps memory for what comes next, so that an arena that
+    /// is used for one conversion after the other asks the heap only for the unusual ones: one block, and up
+    /// to 64 MiB of what has been used since the reset before.
     void reset() noexcept;
 
     /// Bytes handed out since the last reset, each piece rounded up to 16, for figures and tests.
@@ -69,10 +70,13 @@ private:
     [[nodiscard]] void* take(std::size_t bytes);
     [[nodiscard]] std::byte* takeFromNewBlock(std::size_t bytes);
     std::byte* addBlock(std::size_t size);
+    [[nodiscard]] Block takeSpare(std::size_t size) noexcept;
+    void keepBlocks() noexcept;
     void letGoOfShares() noexcept;
     [[nodiscard]] bool contains(const void* memory) const noexcept;
 
     std::vector<Block> m_blocks;   // by address
+    std::vector<Block> m_spare;    // in use before the last reset, and not since
     std::byte* m_pFirst = nullptr; // the current block, which small objects come from
     std::byte* m_pNext = nullptr;
     std::byte* m_pEnd = nullptr;

@@ -178,6 +178,12 @@ std::array<std::string_view, 4> reportBeginnings() noexcept {
     return {QueltInTraceClass::GetErrorIndent(), QueltInTraceClass::GetError(), "ERROR", "WARNING"};
 }
 
+/// True when one of the two texts begins with the other.
+bool beginEqually(std::string_view left, std::string_view right) noexcept {
+    const std::size_t common = std::min(left.size(), right.size());
+    return left.substr(0, common) == right.substr(0, common);
+}
+
 bool isReport(const QueltInTraceLine& line) noexcept {
     return line.level == 0 && std::ranges::any_of(reportBeginnings(), [&](std::string_view beginning) {
                return line.text.starts_with(beginning);
@@ -240,11 +246,13 @@ bool QueltInTraceCapture::isEverythingWanted() noexcept {
 }
 
 bool QueltInTraceCapture::mayBeReport(const char* beginning) noexcept {
-    const std::string_view whole(beginning != nullptr ? beginning : "");
-    return whole.empty() || std::ranges::any_of(reportBeginnings(), [&](std::string_view report) {
-               const std::size_t common = std::min(report.size(), whole.size());
-               return report.substr(0, common) == whole.substr(0, common);
-           });
+    if (beginning == nullptr || *beginning == '\0') {
+        return true;
+    }
+    // Most lines differ in their first character; finding out how long they are takes more than that.
+    return std::ranges::any_of(reportBeginnings(), [&](std::string_view report) {
+        return *beginning == report.front() && beginEqually(beginning, report);
+    });
 }
 
 QueltInTraceCapture* QueltInTraceCapture::innermost() noexcept {
