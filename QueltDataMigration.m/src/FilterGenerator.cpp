@@ -40,6 +40,7 @@ long FilterGenerator::run(QueltInMap& output) {
     if (list == nullptr) {
         return m_trace.fail("ERROR : list is null, cannot work out anything. Sorry.");
     }
+    m_countVarEffs = list->getVarEffs().GetLength();
     result = addVarEffs(*list);
     if (result >= 0) {
         result = addNamedEffectivities(*list);
@@ -111,7 +112,7 @@ long FilterGenerator::addDate(const QueltEeVarEff& date) {
 
 long FilterGenerator::makeFilter(QueltEeFilterExpression*& filter, const char* modeFailure) const {
     filter = new QueltEeFilterExpression(nullptr, nullptr);
-    filter->setSpecList(new QueltQmSpecList);
+    filter->setSpecList(new QueltQmSpecList(m_countVarEffs));
     auto mode = s_presetMode;
     const long result = m_genericExpr.GetMode(mode);
     if (result < 0) {

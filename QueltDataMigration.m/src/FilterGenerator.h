@@ -65,6 +65,7 @@ private:
     bool m_renumbers;
     const QueltEeGenericExpression& m_genericExpr;
     const QueltEeExpressionContext& m_context;
+    int m_countVarEffs = 0; // of the list, which no filter holds more of
     QueltEeFilterExpression* m_pDateFilter = nullptr;
     QueltEeFilterExpression* m_pCriteriaFilter = nullptr;
     QueltInSet* m_pPossibleMDs = nullptr;

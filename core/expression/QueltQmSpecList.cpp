@@ -10,8 +10,9 @@
 
 template class QueltInTyped<QueltQmSpecList, QueltInObject>;
 
-QueltQmSpecList::QueltQmSpecList()
-    : m_varEffs(QueltInIntHolder::sType(), QueltEeVarEff::sType()), m_named(QueltEeEffectivity::sType()) {}
+QueltQmSpecList::QueltQmSpecList(int capacity)
+    : m_varEffs(QueltInIntHolder::sType(), QueltEeVarEff::sType(), capacity, 0.0F),
+      m_named(QueltEeEffectivity::sType()) {}
 
 QueltQmSpecList::~QueltQmSpecList() {
     for (QueltInMap::const_iterator criteria = m_varEffs.cBegin(); criteria.IsEnd() == 0;) {
@@ -23,7 +24,7 @@ long QueltQmSpecList::addVarEff(QueltEeVarEff*& effectivity) {
     if (effectivity == nullptr) {
         return E_POINTER;
     }
-    return m_varEffs.Put(QueltInIntHolder(static_cast<unsigned int>(m_varEffs.GetLength())), *effectivity);
+    return m_varEffs.append(*effectivity);
 }
 
 const QueltInMap& QueltQmSpecList::getVarEffs() const {
@@ -55,7 +56,7 @@ const QueltInSet& QueltQmSpecList::getNamedEffectivities() const {
 }
 
 QueltQmSpecList* QueltQmSpecList::clone() const {
-    auto copy = std::make_unique<QueltQmSpecList>();
+    auto copy = std::make_unique<QueltQmSpecList>(m_varEffs.GetLength());
     for (QueltInMap::const_iterator criteria = m_varEffs.cBegin(); criteria.IsEnd() == 0;) {
         QueltEeVarEff* criterion =
             static_cast<QueltEeVarEff*>(criteria.GetValGoToNext())->createVarEffClone();

@@ -14,8 +14,9 @@ class QUELT_CORE_API QueltQmSpecList : public QueltInTyped<QueltQmSpecList, Quel
 public:
     static constexpr const char* s_className = "QueltQmSpecList";
 
-    /// An empty list.
-    QueltQmSpecList();
+    /// An empty list, with room made ahead for `capacity` variable effectivities (0 or less: none; at most
+    /// 65536).
+    explicit QueltQmSpecList(int capacity = 0);
     /// Deletes the variable effectivities; the named ones are nobody's here.
     ~QueltQmSpecList() override;
     QueltQmSpecList(const QueltQmSpecList&) = delete;

@@ -68,6 +68,19 @@ std::optional<Verdict> verdictOf(simdjson::dom::element answer) {
     return verdict;
 }
 
+/// Whether the answer was given for want of memory. Made again, it would be another one.
+bool isOfExhaustion(const Verdict& verdict) {
+    return verdict.failure && std::string_view(*verdict.failure).ends_with(s_outOfMemory);
+}
+
+/// Whether the line with this number was answered as malformed for want of memory.
+bool isMalformedByExhaustion(simdjson::dom::element answer, std::uint64_t line) {
+    std::string_view malformed;
+    std::uint64_t number = 0;
+    return answer["malformed"].get(malformed) == simdjson::SUCCESS && malformed == s_outOfMemory &&
+           answer["line"].get(number) == simdjson::SUCCESS && number == line;
+}
+
 /// The answer up to its trace, which is the last in it, and which shows addresses: each run has others.
 std::string_view withoutTrace(std::string_view answer) {
     return answer.substr(0, answer.find(R"(,"trace":[)"));
@@ -100,12 +113,17 @@ public:
 private:
     /// Counts the answer by what it says. False when it has to be made again for that.
     bool take(const Line& answer, const Line& record) {
-        if (answer.isTooLong || record.isTooLong || m_answers.isLastOfBatch()) {
+        if (answer.isTooLong || record.isTooLong) {
             return false;
         }
         try {
-            const std::optional<Verdict> verdict = verdictOf(m_answerParser.parse(m_answers.textOf(answer)));
-            if (!verdict ||
+            const simdjson::dom::element said = m_answerParser.parse(m_answers.textOf(answer));
+            if (isMalformedByExhaustion(said, record.number)) {
+                ++m_kept.counts.malformed;
+                return true;
+            }
+            const std::optional<Verdict> verdict = verdictOf(said);
+            if (!verdict || (m_answers.isLastOfBatch() && !isOfExhaustion(*verdict)) ||
                 RecordReader::findId(m_recordParser.parse(m_records.textOf(record))) != verdict->id) {
                 return false;
             }

@@ -91,7 +91,7 @@ void LineConverter::answerExhausted(const Line& line, Counts& counts) {
         m_id.reset(); // what it referred to went with the refusal
     }
     if (!m_id || !answerExhausted(*m_root, *m_id, counts)) {
-        refuse(line, "out of memory", counts);
+        refuse(line, s_outOfMemory, counts);
     }
 }
 

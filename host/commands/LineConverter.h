@@ -13,6 +13,10 @@
 
 namespace quelt::host {
 
+/// What is said of a record for which the memory does not suffice: as it stands of a malformed one, behind
+/// "ERROR : " else.
+inline constexpr std::string_view s_outOfMemory = "out of memory";
+
 /// Turns records, each one JSON document on a line, into answers, one line each. A converter belongs to the
 /// thread that made it.
 class LineConverter {

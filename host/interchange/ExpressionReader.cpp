@@ -141,7 +141,7 @@ OwnedNode ExpressionReader::readEffectivityLeaf(const NodeFields& fields) const 
 
 std::unique_ptr<QueltQmSpecList> ExpressionReader::readSpecList(const Value& criteria,
                                                                 const std::optional<Value>& named) const {
-    auto list = std::make_unique<QueltQmSpecList>();
+    auto list = std::make_unique<QueltQmSpecList>(static_cast<int>(criteria.array().size()));
     criteria.eachItem([&](const Value& item) {
         QueltEeVarEff* effectivity = readListedCriterion(item).release();
         list->addVarEff(effectivity);

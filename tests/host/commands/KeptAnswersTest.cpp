@@ -122,5 +122,35 @@ TEST_F(KeptAnswersTest, failureToReadTheRecordsIsNoMismatch) {
     EXPECT_THROW(static_cast<void>(skipAnswered(answersSource, reader, converter)), StreamFailure);
 }
 
+TEST_F(KeptAnswersTest, keepsAnswersThatWereGivenForWantOfMemory) {
+    constexpr std::string_view records = R"({"id":"P-1","tree":true})"
+                                         "\n"
+                                         R"({"id":"P-2","tree":true})"
+                                         "\n";
+    const std::string exhausted =
+        R"({"id":"P-1","result":-2147024882,"code":"0x8007000E","map":{},"errors":["ERROR : out of memory"]})"
+        "\n";
+    const KeptAnswers kept = skip(exhausted, records);
+    EXPECT_EQ(kept.counts.failed, 1U);
+    EXPECT_EQ(kept.counts.converted, 0U);
+    EXPECT_EQ(kept.failures.mostFrequent(),
+              (std::vector<std::pair<std::string_view, std::uint64_t>>{{"ERROR : out of memory", 1U}}));
+    EXPECT_EQ(rest, 2U);
+
+    EXPECT_EQ(skip(R"({"line":1,"malformed":"out of memory"})"
+                   "\n",
+                   records)
+                  .counts.malformed,
+              1U);
+    EXPECT_EQ(rest, 2U);
+
+    const std::string refused = "its line 1 is not the answer that line 1 of the records gets now";
+    EXPECT_EQ(refusal(R"({"line":2,"malformed":"out of memory"})"
+                      "\n",
+                      records),
+              refused);
+    EXPECT_EQ(refusal(exhausted, records.substr(records.find('\n') + 1)), refused);
+}
+
 } // namespace
 } // namespace quelt::host
