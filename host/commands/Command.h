@@ -3,9 +3,12 @@
 #include "commands/Console.h"
 #include "commands/HelpSection.h"
 
-#include <CLI/CLI.hpp>
 #include <memory>
 #include <vector>
+
+namespace CLI {
+class App; // its header alone takes as long to compile as all of this folder
+}
 
 namespace quelt::host {
 

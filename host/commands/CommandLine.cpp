@@ -5,6 +5,7 @@
 #include "commands/DecompileCommand.h"
 #include "interchange/Place.h"
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <optional>
 #include <ostream>
@@ -65,17 +66,19 @@ std::vector<std::unique_ptr<Command>> makeCommands() {
     return commands;
 }
 
-CommandLine::CommandLine() : m_application(s_description, "quelt-migrate") {
-    m_application.set_version_flag("--version", "quelt-migrate " QUELT_VERSION);
-    m_application.require_subcommand(1);
-    m_application.allow_windows_style_options(false); // "/records" is a path, there as well
-    m_application.footer(layOut(helpSections()));
+CommandLine::CommandLine() : m_application(std::make_unique<CLI::App>(s_description, "quelt-migrate")) {
+    m_application->set_version_flag("--version", "quelt-migrate " QUELT_VERSION);
+    m_application->require_subcommand(1);
+    m_application->allow_windows_style_options(false); // "/records" is a path, there as well
+    m_application->footer(layOut(helpSections()));
     for (std::unique_ptr<Command>& command : makeCommands()) {
-        CLI::App& declared = command->declare(m_application);
+        CLI::App& declared = command->declare(*m_application);
         declared.footer(layOut(command->helpSections()));
         m_commands.push_back({&declared, std::move(command)});
     }
 }
+
+CommandLine::~CommandLine() = default;
 
 std::vector<HelpSection> CommandLine::helpSections() {
     return {exitStatusSection(),
@@ -88,19 +91,19 @@ std::vector<HelpSection> CommandLine::helpSections() {
 }
 
 ExitStatus CommandLine::run(std::vector<std::string> arguments, Console& console) {
-    if (const std::optional<std::string> fault = faultOfFirstWord(m_application, arguments)) {
+    if (const std::optional<std::string> fault = faultOfFirstWord(*m_application, arguments)) {
         return refuse(console, *fault);
     }
     try {
         std::reverse(arguments.begin(), arguments.end()); // as the parser wants them
-        m_application.parse(std::move(arguments));
+        m_application->parse(std::move(arguments));
         for (const auto& [declared, command] : m_commands) {
             if (declared->parsed()) {
                 return command->run(console);
             }
         }
     } catch (const CLI::ParseError& reason) {
-        return answerInstead(m_application, reason, console);
+        return answerInstead(*m_application, reason, console);
     }
     return ExitStatus::unusable;
 }

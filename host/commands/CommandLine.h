@@ -20,10 +20,11 @@ public:
     };
 
     CommandLine();
+    ~CommandLine();
     CommandLine(const CommandLine&) = delete;
     CommandLine& operator=(const CommandLine&) = delete;
 
-    [[nodiscard]] const CLI::App& application() const noexcept { return m_application; }
+    [[nodiscard]] const CLI::App& application() const noexcept { return *m_application; }
     [[nodiscard]] std::span<const DeclaredCommand> commands() const noexcept { return m_commands; }
     /// What the application's help says beside options and commands.
     [[nodiscard]] static std::vector<HelpSection> helpSections();
@@ -32,7 +33,7 @@ public:
     [[nodiscard]] ExitStatus run(std::vector<std::string> arguments, Console& console);
 
 private:
-    CLI::App m_application;
+    std::unique_ptr<CLI::App> m_application;
     std::vector<DeclaredCommand> m_commands;
 };
 
