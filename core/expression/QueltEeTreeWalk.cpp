@@ -12,8 +12,7 @@ bool TreeWalk::next() {
         return false;
     }
     Level& level = m_levels[m_levels.size() - 1];
-    const QueltEeNodeRef* const child =
-        level.next != s_noMore ? NodeChildren(*level.node).at(level.next) : nullptr;
+    const QueltEeNodeRef* const child = NodeChildren(*level.node).at(level.next);
     m_pNode = level.node;
     m_atOperator = true;
     if (child == nullptr) {
@@ -36,16 +35,6 @@ void TreeWalk::enter(const QueltEeNode& node) {
     m_atOperator = NodeChildren(node).isOperator();
     if (m_atOperator) {
         m_levels.push_back({&node, 0});
-    }
-}
-
-void TreeWalk::skipChildren() noexcept {
-    m_levels.truncate(m_levels.size() - 1);
-}
-
-void TreeWalk::skipSiblings() noexcept {
-    if (!m_levels.empty()) {
-        m_levels[m_levels.size() - 1].next = s_noMore;
     }
 }
 

@@ -67,17 +67,11 @@ public:
     /// True when the node of this stop is the first child of its operator, or the root.
     [[nodiscard]] bool isFirst() const noexcept { return m_isFirst; }
 
-    /// Having entered an operator: the walk does not go below it and does not come back to it either.
-    void skipChildren() noexcept;
-    /// Having entered, left or missed a child: the walk goes on with leaving the operator above.
-    void skipSiblings() noexcept;
-
 private:
     struct Level {
         const QueltEeNode* node;
         std::uint32_t next; // position of the child to look at next
     };
-    static constexpr std::uint32_t s_noMore = 0xFFFFFFFFU;
 
     void enter(const QueltEeNode& node);
 

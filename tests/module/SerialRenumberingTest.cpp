@@ -54,12 +54,25 @@ struct Series {
     QueltEeSerialVar variable;
 };
 
-Interval rewritten(Interval interval, const QueltEeSerialVar& variable, const SerialRewriteRules& rules) {
-    QueltEeSerialEff effectivity(&variable);
+/// A class of its own, which might say otherwise what its intervals are.
+class OtherSerialEff : public QueltEeSerialEff {
+public:
+    using QueltEeSerialEff::QueltEeSerialEff;
+};
+
+template <class Effectivity>
+Interval rewrittenIn(Interval interval, const QueltEeSerialVar& variable, const SerialRewriteRules& rules) {
+    Effectivity effectivity(&variable);
     effectivity.addInterval(interval);
     EXPECT_EQ(quelt::rewriteSerialIntervals(effectivity, variable, rules), S_OK);
     EXPECT_EQ(effectivity.intervals().size(), 1U);
     return effectivity.intervals().front();
+}
+
+Interval rewritten(Interval interval, const QueltEeSerialVar& variable, const SerialRewriteRules& rules) {
+    const Interval result = rewrittenIn<QueltEeSerialEff>(interval, variable, rules);
+    EXPECT_EQ(rewrittenIn<OtherSerialEff>(interval, variable, rules), result);
+    return result;
 }
 
 Interval closed(int a, int b) {
