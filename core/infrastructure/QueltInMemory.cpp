@@ -83,6 +83,7 @@ QueltInArena::QueltInArena() : m_nextBlockSize(s_firstBlock), m_pNextOfThread(t_
 
 QueltInArena::~QueltInArena() {
     letGoOfShares();
+    dropSpare();
     for (const Block& block : m_blocks) {
         permit(block.memory.get(), block.size);
     }
@@ -113,7 +114,7 @@ void QueltInArena::reset() noexcept {
 /// Leaves the largest block for what comes next. Of the others those of the usual size become spare, up to a
 /// limit; what was spare until now was not needed, and goes.
 void QueltInArena::keepBlocks() noexcept {
-    m_spare.clear();
+    dropSpare();
     if (m_blocks.empty()) {
         return;
     }
@@ -126,10 +127,18 @@ void QueltInArena::keepBlocks() noexcept {
     const auto others = m_blocks.begin() + (keepable(m_blocks.front()) != 0 ? 1 : 0);
     for (auto block = others; block != m_blocks.end() && m_spare.size() < s_mostSpare; ++block) {
         if (block->size == s_largestStep) {
+            forbid(block->memory.get(), block->size);
             m_spare.push_back(std::move(*block)); // there is room, see addBlock
         }
     }
     m_blocks.erase(others, m_blocks.end());
+}
+
+void QueltInArena::dropSpare() noexcept {
+    for (const Block& block : m_spare) {
+        permit(block.memory.get(), block.size);
+    }
+    m_spare.clear();
 }
 
 std::size_t QueltInArena::bytesReserved() const noexcept {
@@ -195,10 +204,11 @@ std::byte* QueltInArena::addBlock(std::size_t size) {
     if (m_blocks.size() == m_blocks.capacity()) {
         m_blocks.reserve(2 * m_blocks.size() + 2);
     }
-    m_spare.reserve(m_blocks.capacity()); // blocks become spare where nothing may be thrown
+    // Blocks become spare where nothing may be thrown.
+    m_spare.reserve(std::min(m_blocks.capacity(), s_mostSpare));
     Block block = takeSpare(size);
     if (block.memory == nullptr) {
-        block = {std::make_unique_for_overwrite<std::byte[]>(size), size};
+        block = makeBlock(size);
     }
     std::byte* const memory = block.memory.get();
     const auto behind = std::upper_bound(
@@ -208,6 +218,19 @@ std::byte* QueltInArena::addBlock(std::size_t size) {
     m_blocks.insert(behind, std::move(block));
     forbid(memory, size);
     return memory;
+}
+
+/// A new block; what is spare goes when there is no memory for it otherwise.
+QueltInArena::Block QueltInArena::makeBlock(std::size_t size) {
+    try {
+        return {std::make_unique_for_overwrite<std::byte[]>(size), size};
+    } catch (const std::bad_alloc&) {
+        if (m_spare.empty()) {
+            throw;
+        }
+    }
+    dropSpare();
+    return {std::make_unique_for_overwrite<std::byte[]>(size), size};
 }
 
 /// A spare block of that size; one without memory when there is none.

@@ -46,7 +46,7 @@ public:
 
     /// Forgets everything that was made inside and keeps memory for what comes next, so that an arena that
     /// is used for one conversion after the other asks the heap only for the unusual ones: one block, and up
-    /// to 64 MiB of what has been used since the reset before.
+    /// to 64 MiB of those that small objects have been in since the reset before. A second reset leaves one.
     void reset() noexcept;
 
     /// Bytes handed out since the last reset, each piece rounded up to 16, for figures and tests.
@@ -70,7 +70,9 @@ private:
     [[nodiscard]] void* take(std::size_t bytes);
     [[nodiscard]] std::byte* takeFromNewBlock(std::size_t bytes);
     std::byte* addBlock(std::size_t size);
+    [[nodiscard]] Block makeBlock(std::size_t size);
     [[nodiscard]] Block takeSpare(std::size_t size) noexcept;
+    void dropSpare() noexcept;
     void keepBlocks() noexcept;
     void letGoOfShares() noexcept;
     [[nodiscard]] bool contains(const void* memory) const noexcept;

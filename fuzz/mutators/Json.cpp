@@ -26,25 +26,20 @@ Slot::Role roleOfItems(std::string_view key) {
 
 std::vector<Slot> slotsOf(Json& document) {
     std::vector<Slot> slots{{&document, Slot::Role::other}};
+    std::vector<Slot::Role> itemRoles{Slot::Role::other}; // of what is in each, when that is an array
     for (std::size_t next = 0; next < slots.size(); ++next) {
         Json& value = *slots[next].value;
         if (value.IsArray()) {
+            const Slot::Role role = itemRoles[next];
             for (Json& item : value.GetArray()) {
-                slots.push_back({&item, Slot::Role::other});
+                slots.push_back({&item, role});
+                itemRoles.push_back(Slot::Role::other);
             }
-            continue;
-        }
-        if (!value.IsObject()) {
-            continue;
-        }
-        for (auto& member : value.GetObject()) {
-            const std::string_view key = textOf(member.name);
-            slots.push_back({&member.value, roleOfMember(key)});
-            if (const Slot::Role role = roleOfItems(key);
-                role != Slot::Role::other && member.value.IsArray()) {
-                for (Json& item : member.value.GetArray()) {
-                    slots.push_back({&item, role});
-                }
+        } else if (value.IsObject()) {
+            for (auto& member : value.GetObject()) {
+                const std::string_view key = textOf(member.name);
+                slots.push_back({&member.value, roleOfMember(key)});
+                itemRoles.push_back(roleOfItems(key));
             }
         }
     }

@@ -1,6 +1,7 @@
 #include "commands/KeptAnswers.h"
 
 #include "commands/Progress.h"
+#include "infrastructure/QueltInResult.h"
 #include "interchange/AnswerWriter.h"
 #include "interchange/RecordReader.h"
 
@@ -44,6 +45,7 @@ private:
 struct Verdict {
     std::string_view id;
     std::optional<std::string> failure;
+    bool isOfExhaustion = false; // made again, it would be another one
 };
 
 /// Nothing when the answer alone does not tell.
@@ -64,21 +66,22 @@ std::optional<Verdict> verdictOf(simdjson::dom::element answer) {
         verdict.failure = answer["errors"].at(0).get(error) == simdjson::SUCCESS
                               ? std::string(error)
                               : reasonWithoutText(static_cast<long>(result));
+        verdict.isOfExhaustion = result == E_OUTOFMEMORY && error == s_outOfMemoryError;
     }
     return verdict;
 }
 
-/// Whether the answer was given for want of memory. Made again, it would be another one.
-bool isOfExhaustion(const Verdict& verdict) {
-    return verdict.failure && std::string_view(*verdict.failure).ends_with(s_outOfMemory);
-}
-
-/// Whether the line with this number was answered as malformed for want of memory.
-bool isMalformedByExhaustion(simdjson::dom::element answer, std::uint64_t line) {
+/// Whether this is the answer to the line with this number, and with this id as far as it could be read, when
+/// the memory did not suffice to read it.
+bool isMalformedByExhaustion(simdjson::dom::element answer, std::uint64_t line,
+                             std::optional<std::string_view> id) {
     std::string_view malformed;
     std::uint64_t number = 0;
-    return answer["malformed"].get(malformed) == simdjson::SUCCESS && malformed == s_outOfMemory &&
-           answer["line"].get(number) == simdjson::SUCCESS && number == line;
+    const std::optional<std::string_view> answered = RecordReader::findId(answer);
+    simdjson::dom::object object;
+    return answer.get(object) == simdjson::SUCCESS && object.size() == (answered ? 3U : 2U) &&
+           answer["malformed"].get(malformed) == simdjson::SUCCESS && malformed == s_outOfMemory &&
+           answer["line"].get(number) == simdjson::SUCCESS && number == line && (!answered || answered == id);
 }
 
 /// The answer up to its trace, which is the last in it, and which shows addresses: each run has others.
@@ -101,8 +104,10 @@ public:
             }
             if (answer->number != number || answer->isUnfinished ||
                 !(take(*answer, *record) || makeAgain(*answer, *record))) {
-                throw Refusal("its line " + formatCount(number) + " is not the answer that line " +
-                              formatCount(record->number) + " of the records gets now");
+                refuse(number, record->number);
+            }
+            if (m_answers.isLastOfBatch()) {
+                check();
             }
             m_kept.endOfRecords = m_records.endOfInput();
         }
@@ -111,20 +116,33 @@ public:
     }
 
 private:
+    /// An answer that was taken for what it says, and can be made again.
+    struct Taken {
+        std::uint64_t number = 0; // 0: none
+        std::string answer;
+        Line record{};
+        std::string recordText; // and padding
+    };
+
+    [[noreturn]] static void refuse(std::uint64_t answer, std::uint64_t record) {
+        throw Refusal("its line " + formatCount(answer) + " is not the answer that line " +
+                      formatCount(record) + " of the records gets now");
+    }
+
     /// Counts the answer by what it says. False when it has to be made again for that.
     bool take(const Line& answer, const Line& record) {
-        if (answer.isTooLong || record.isTooLong) {
+        if (answer.isTooLong) {
             return false;
         }
         try {
             const simdjson::dom::element said = m_answerParser.parse(m_answers.textOf(answer));
-            if (isMalformedByExhaustion(said, record.number)) {
+            const std::optional<std::string_view> id = idOf(record);
+            if (isMalformedByExhaustion(said, record.number, id)) {
                 ++m_kept.counts.malformed;
                 return true;
             }
             const std::optional<Verdict> verdict = verdictOf(said);
-            if (!verdict || (m_answers.isLastOfBatch() && !isOfExhaustion(*verdict)) ||
-                RecordReader::findId(m_recordParser.parse(m_records.textOf(record))) != verdict->id) {
+            if (!verdict || id != verdict->id || (m_answers.isLastOfBatch() && !verdict->isOfExhaustion)) {
                 return false;
             }
             if (verdict->failure) {
@@ -133,21 +151,63 @@ private:
             } else {
                 ++m_kept.counts.converted;
             }
+            if (!verdict->isOfExhaustion) {
+                note(answer, record);
+            }
             return true;
         } catch (const SyntaxRefusal&) {
             return false;
         }
     }
 
+    std::optional<std::string_view> idOf(const Line& record) {
+        if (record.isTooLong) {
+            return std::nullopt;
+        }
+        try {
+            return RecordReader::findId(m_recordParser.parse(m_records.textOf(record)));
+        } catch (const SyntaxRefusal&) {
+            return std::nullopt;
+        }
+    }
+
+    void note(const Line& answer, const Line& record) {
+        m_taken.number = answer.number;
+        m_taken.answer = m_answers.textOf(answer).view();
+        m_taken.record = record;
+        m_taken.recordText = m_records.textOf(record).view();
+    }
+
     /// Makes the answer again and counts it. False when it is another one.
     bool makeAgain(const Line& answer, const Line& record) {
-        m_again.clear();
-        m_converter.convert(record, m_records.textOf(record), m_again, m_kept.counts);
+        m_taken.number = 0; // this one tells as much
+        const std::string_view again = answerTo(record, m_records.textOf(record), m_kept.counts);
         m_kept.failures.add(m_converter.takeFailures());
-        const std::string_view again =
-            m_again.view().substr(0, m_again.view().size() - 1); // without the line end
         return answer.isTooLong ? again.size() > s_maxLineSize
                                 : withoutTrace(m_answers.textOf(answer).view()) == withoutTrace(again);
+    }
+
+    /// Makes the last answer again that was taken for what it says, where none behind it could be.
+    void check() {
+        if (m_taken.number == 0) {
+            return;
+        }
+        const std::size_t size = m_taken.recordText.size();
+        m_taken.recordText.append(simdjson::SIMDJSON_PADDING, ' ');
+        Counts counted; // already
+        const std::string_view again = answerTo(m_taken.record, {m_taken.recordText.data(), size}, counted);
+        static_cast<void>(m_converter.takeFailures());
+        if (withoutTrace(m_taken.answer) != withoutTrace(again)) {
+            refuse(m_taken.number, m_taken.record.number);
+        }
+        m_taken.number = 0;
+    }
+
+    /// The answer to a record, without its line end.
+    std::string_view answerTo(const Line& record, PaddedText text, Counts& counts) {
+        m_again.clear();
+        m_converter.convert(record, text, m_again, counts);
+        return m_again.view().substr(0, m_again.view().size() - 1);
     }
 
     LineCursor m_answers;
@@ -156,6 +216,7 @@ private:
     JsonParser m_answerParser;
     JsonParser m_recordParser;
     TextBuffer m_again;
+    Taken m_taken;
     KeptAnswers m_kept;
 };
 

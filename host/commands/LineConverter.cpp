@@ -61,6 +61,7 @@ void LineConverter::convert(const Line& line, PaddedText text, TextBuffer& answe
         rollback.takeBack();
         ofLine = {};
         m_arena.reset();
+        m_arena.reset(); // gives back what the first one keeps for another conversion of that size
         m_writer.begin(answers);
         answerExhausted(line, ofLine);
     }

@@ -13,9 +13,10 @@
 
 namespace quelt::host {
 
-/// What is said of a record for which the memory does not suffice: as it stands of a malformed one, behind
-/// "ERROR : " else.
+/// What is said of a record for which the memory does not suffice: as the reason of a malformed one, and as
+/// the error of a conversion.
 inline constexpr std::string_view s_outOfMemory = "out of memory";
+inline constexpr std::string_view s_outOfMemoryError = "ERROR : out of memory";
 
 /// Turns records, each one JSON document on a line, into answers, one line each. A converter belongs to the
 /// thread that made it.

@@ -32,7 +32,7 @@ bool RecordConverter::answerExhausted(simdjson::dom::element root, std::string_v
                                              .methodName = {},
                                              .level = 0,
                                              .lineNumber = 0,
-                                             .text = "ERROR : out of memory"};
+                                             .text = s_outOfMemoryError};
     m_capture.clear();
     const CompiledContent none;
     const bool isBinary =

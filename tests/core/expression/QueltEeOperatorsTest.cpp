@@ -177,6 +177,24 @@ TEST_F(QueltEeOperatorsTest, ManyMayBeRemovedAndComeBackInOnePassEach) {
     EXPECT_EQ(m_alive, 0);
 }
 
+TEST_F(QueltEeOperatorsTest, AnAliasedLeafCountsAsItsConstantAndStaysALeaf) {
+    auto* const always = new QueltEeDateEff;
+    ASSERT_EQ(always->opNot(), S_OK); // of nothing
+    const OwnedReference owner = anyOf(held(new QueltEeVarEffLeaf(always)));
+    QueltEeNode& leaf = *childOf(groupIn(*owner), 0).getNode();
+    const OwnedReference conjunction = allOf(counted());
+    const OwnedReference disjunction = anyOf();
+    ASSERT_EQ(groupIn(*conjunction).addChild(leaf), S_OK);
+    ASSERT_EQ(groupIn(*disjunction).addChild(leaf), S_OK);
+    EXPECT_EQ(groupIn(*conjunction).removeWeakNodes(E_DoNotMakeTF), 1) << "the counted TRUE";
+    EXPECT_EQ(groupIn(*conjunction).getChildren().GetLength(), 1);
+    EXPECT_EQ(groupIn(*conjunction).removeWeakNodes(E_DoMakeTF), 1);
+    EXPECT_EQ(groupIn(*conjunction).getChildren().GetLength(), 0);
+    EXPECT_EQ(groupIn(*disjunction).hasStrongNode(E_DoNotMakeTF), 0);
+    EXPECT_EQ(groupIn(*disjunction).hasStrongNode(E_DoMakeTF), 1);
+    EXPECT_EQ(childOf(groupIn(*owner), 0).getNode(), &leaf);
+}
+
 TEST_F(QueltEeOperatorsTest, ARemovedAliasMayComeBack) {
     const OwnedReference parent = allOf(counted());
     OwnedReference group = allOf();

@@ -122,34 +122,50 @@ TEST_F(KeptAnswersTest, failureToReadTheRecordsIsNoMismatch) {
     EXPECT_THROW(static_cast<void>(skipAnswered(answersSource, reader, converter)), StreamFailure);
 }
 
+/// The answer to P-2 of s_twoRecords when there was no memory for it.
+constexpr std::string_view s_exhausted =
+    R"({"id":"P-2","result":-2147024882,"code":"0x8007000E","errors":["ERROR : out of memory"],"map":[]})"
+    "\n";
+constexpr std::string_view s_twoRecords = R"({"id":"P-1","tree":true})"
+                                          "\n"
+                                          R"({"id":"P-2","tree":true})"
+                                          "\n";
+constexpr const char* s_firstIsAnother = "its line 1 is not the answer that line 1 of the records gets now";
+
 TEST_F(KeptAnswersTest, keepsAnswersThatWereGivenForWantOfMemory) {
-    constexpr std::string_view records = R"({"id":"P-1","tree":true})"
-                                         "\n"
-                                         R"({"id":"P-2","tree":true})"
-                                         "\n";
-    const std::string exhausted =
-        R"({"id":"P-1","result":-2147024882,"code":"0x8007000E","map":{},"errors":["ERROR : out of memory"]})"
-        "\n";
-    const KeptAnswers kept = skip(exhausted, records);
+    const std::string first = answersTo(s_twoRecords.substr(0, s_twoRecords.find('\n') + 1));
+    const KeptAnswers kept = skip(first + std::string(s_exhausted), std::string(s_twoRecords) + "{}\n");
+    EXPECT_EQ(kept.counts.converted, 1U);
     EXPECT_EQ(kept.counts.failed, 1U);
-    EXPECT_EQ(kept.counts.converted, 0U);
     EXPECT_EQ(kept.failures.mostFrequent(),
               (std::vector<std::pair<std::string_view, std::uint64_t>>{{"ERROR : out of memory", 1U}}));
-    EXPECT_EQ(rest, 2U);
+    EXPECT_EQ(rest, 3U);
+}
 
+TEST_F(KeptAnswersTest, anAnswerForWantOfMemoryDoesNotHideOtherOptions) {
+    const std::string first = answersTo(s_twoRecords.substr(0, s_twoRecords.find('\n') + 1));
+    EXPECT_EQ(refusal(first + std::string(s_exhausted), s_twoRecords, {.withInput = true}), s_firstIsAnother);
+    const std::string other = R"({"id":"P-1","result":0,"map":[]})"
+                              "\n";
+    EXPECT_EQ(refusal(other + std::string(s_exhausted), s_twoRecords), s_firstIsAnother);
+    EXPECT_EQ(refusal(s_exhausted, s_twoRecords), s_firstIsAnother) << "another id";
+}
+
+TEST_F(KeptAnswersTest, keepsLinesThatWereMalformedForWantOfMemory) {
+    const auto ofLine = [&](const std::string& fields) {
+        return refusal("{" + fields + "}\n", s_twoRecords);
+    };
     EXPECT_EQ(skip(R"({"line":1,"malformed":"out of memory"})"
                    "\n",
-                   records)
+                   s_twoRecords)
                   .counts.malformed,
               1U);
     EXPECT_EQ(rest, 2U);
-
-    const std::string refused = "its line 1 is not the answer that line 1 of the records gets now";
-    EXPECT_EQ(refusal(R"({"line":2,"malformed":"out of memory"})"
-                      "\n",
-                      records),
-              refused);
-    EXPECT_EQ(refusal(exhausted, records.substr(records.find('\n') + 1)), refused);
+    EXPECT_EQ(ofLine(R"("line":1,"id":"P-1","malformed":"out of memory")"), "none");
+    EXPECT_EQ(ofLine(R"("line":1,"id":"P-2","malformed":"out of memory")"), s_firstIsAnother);
+    EXPECT_EQ(ofLine(R"("line":2,"malformed":"out of memory")"), s_firstIsAnother);
+    EXPECT_EQ(ofLine(R"("line":1,"malformed":"out of luck")"), s_firstIsAnother);
+    EXPECT_EQ(ofLine(R"("line":1,"malformed":"out of memory","more":1)"), s_firstIsAnother);
 }
 
 } // namespace
