@@ -383,6 +383,17 @@ TEST(QueltInArena, ForbidsWhatIsNotHandedOutUnderTheAddressSanitizer) {
     arena.reset();
     EXPECT_NE(__asan_address_is_poisoned(memory), 0);
     EXPECT_NE(__asan_address_is_poisoned(memory + 19), 0);
+
+    std::vector<const void*> pieces; // in many blocks, which are kept
+    for (int count = 0; count < 1000; ++count) {
+        pieces.push_back(QueltInMemory::allocate(8 * s_kibi));
+        EXPECT_EQ(__asan_address_is_poisoned(pieces.back()), 0);
+    }
+    arena.reset();
+    EXPECT_GT(arena.bytesReserved(), 5 * s_mebi);
+    for (const void* const piece : pieces) {
+        EXPECT_NE(__asan_address_is_poisoned(piece), 0);
+    }
 }
 #endif
 
