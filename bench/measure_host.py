@@ -20,15 +20,14 @@ GENERATOR = Path(__file__).with_name("make_list_records.py")
 
 
 def run(command, **options):
-    """Runs a command; its processor seconds, its seconds, and its greatest memory in KiB."""
+    """Runs a command; its processor seconds, and the seconds that passed."""
     start = time.monotonic()
     process = subprocess.Popen(command, **options)
     _, status, usage = os.wait4(process.pid, 0)
     process.returncode = os.waitstatus_to_exitcode(status)
     if process.returncode != 0:
         sys.exit(f"{command[0]} ended with status {process.returncode}")
-    return {"processor": usage.ru_utime + usage.ru_stime, "elapsed": time.monotonic() - start,
-            "memory": usage.ru_maxrss}
+    return {"processor": usage.ru_utime + usage.ru_stime, "elapsed": time.monotonic() - start}
 
 
 class Host:
@@ -44,9 +43,12 @@ class Host:
             subprocess.run([sys.executable, GENERATOR, *what], stdout=file, check=True)
         return path
 
+    def command(self, records, jobs):
+        return [self.arguments.migrate, "convert", "--context", self.context, records, "-o", self.answers,
+                "--jobs", str(jobs)]
+
     def convert(self, records, jobs=1):
-        return run([self.arguments.migrate, "convert", "--context", self.context, records, "-o", self.answers,
-                    "--jobs", str(jobs)], stderr=subprocess.DEVNULL)
+        return run(self.command(records, jobs), stderr=subprocess.DEVNULL)
 
     def parse(self, records, answers):
         """Processor seconds of the program that only parses; it leaves out what it needs to begin with."""
@@ -65,7 +67,6 @@ class Host:
             parsings.append(self.parse(records, kept))
             ones.append(conversion["elapsed"])
             twos.append(self.convert(records, jobs=2)["elapsed"])
-        # Not read into this process: what it takes counts for the programs that it starts.
         if not filecmp.cmp(kept, self.answers, shallow=False):
             sys.exit("two threads gave other answers than one")
         count = self.arguments.records
@@ -79,9 +80,15 @@ class Host:
         peaks = []
         for count in (self.arguments.records, self.arguments.memory):
             records = self.generate("records", str(count))
-            one, two = (self.convert(records, jobs)["memory"] / 1024 for jobs in (1, 2))
+            one, two = (self.peak(records, jobs) for jobs in (1, 2))
             peaks.append({"records": count, "one_thread_mib": one, "two_threads_mib": two})
         return peaks
+
+    def peak(self, records, jobs):
+        """In MiB. A process begins with what the one that starts it has, so that one has to be small."""
+        noted = self.folder / "peak"
+        run(["time", "--format=%M", "--output", noted, *self.command(records, jobs)], stderr=subprocess.DEVNULL)
+        return int(noted.read_text()) / 1024
 
 
 def main():

@@ -24,7 +24,7 @@ cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.."
 folder=${folder:-$PWD/build/bench}
 mkdir -p "$folder"
 
-scripts/setup.sh
+scripts/setup.sh bench
 scripts/build.sh release quelt-bench quelt-migrate quelt-parse-baseline
 programs=build/release/bin
 

@@ -2,7 +2,7 @@
 # Sees to it that the Debian packages are there that building and testing need. Installs what is missing when that is
 # possible (as root, or through sudo); else names it and ends with status 2.
 #
-#     setup.sh [fuzz | windows | coverage]   what fuzzing, building for Windows, or measuring coverage needs, too
+#     setup.sh [fuzz | windows | coverage | bench]   what fuzzing, building for Windows, or measuring needs, too
 set -euo pipefail
 
 cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.."
@@ -19,6 +19,7 @@ packages=(
 case ${1:-} in
 fuzz) packages+=(clang-16 libclang-rt-16-dev) ;;
 coverage) packages+=(gcovr) ;;
+bench) packages+=(time) ;;
 windows)
     packages+=(
         g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64 # to build
