@@ -11,7 +11,9 @@
 #include "infrastructure/QueltInText.h"
 #include "infrastructure/QueltInTypedDefinition.h"
 
+#include <algorithm>
 #include <array>
+#include <span>
 #include <utility>
 
 template class QueltInTyped<QueltEVCClassification, QueltInObject>;
@@ -49,6 +51,40 @@ constexpr std::uint16_t s_refusals = s_notImplemented | s_unexpected | s_missing
 
 constexpr bool isRefused(std::uint16_t known) noexcept {
     return (known & s_refusals) != 0;
+}
+
+/// Has what comes next fetched from memory: of a group's children behind `position` a reference, and the node
+/// of one before it. Whoever classifies a tree is often the first who comes to it for long, and each node
+/// would have to be waited for.
+void fetchAhead(const QueltEeGroupOp* group, std::uint32_t position) {
+    constexpr std::uint32_t nodesAhead = 4;
+    constexpr std::uint32_t referencesAhead = 8;
+    if (group == nullptr) {
+        return;
+    }
+    const std::span<QueltInObject* const> children = group->getChildren().elements();
+    if (position + referencesAhead < children.size()) {
+        __builtin_prefetch(children[position + referencesAhead]);
+    }
+    if (position + nodesAhead < children.size()) {
+        __builtin_prefetch(static_cast<const QueltEeNodeRef*>(children[position + nodesAhead])->getNode());
+    }
+}
+
+/// The same for the first ones.
+void fetchFirst(const QueltEeGroupOp* group) {
+    constexpr std::size_t most = 8;
+    if (group == nullptr) {
+        return;
+    }
+    const std::span<QueltInObject* const> children = group->getChildren().elements();
+    const auto first = children.first(std::min(most, children.size()));
+    for (const QueltInObject* const child : first) {
+        __builtin_prefetch(child);
+    }
+    for (const QueltInObject* const child : first) {
+        __builtin_prefetch(static_cast<const QueltEeNodeRef*>(child)->getNode());
+    }
 }
 
 } // namespace
@@ -109,6 +145,7 @@ std::uint16_t QueltCoreEVC_NodeClassifier::find(const QueltEeNode& root) {
         const auto found = static_cast<std::uint16_t>(s_known | kindOf(node));
         if (quelt::NodeChildren(node).isOperator() && !isRefused(found)) {
             open.push_back({&node, 0, found});
+            fetchFirst(quelt::NodeChildren(node).group());
             return 0;
         }
         node.m_knownClassification.store(found, std::memory_order_relaxed);
@@ -117,8 +154,11 @@ std::uint16_t QueltCoreEVC_NodeClassifier::find(const QueltEeNode& root) {
     std::uint16_t found = lookAt(root);
     while (!open.empty()) {
         Level& level = open[open.size() - 1];
-        const QueltEeNodeRef* const child =
-            level.next != noMore ? quelt::NodeChildren(*level.node).at(level.next++) : nullptr;
+        const quelt::NodeChildren children(*level.node);
+        const QueltEeNodeRef* const child = level.next != noMore ? children.at(level.next++) : nullptr;
+        if (child != nullptr) {
+            fetchAhead(children.group(), level.next);
+        }
         if (child != nullptr) {
             found = child->getNode() != nullptr ? lookAt(*child->getNode()) : s_missing;
         } else {
