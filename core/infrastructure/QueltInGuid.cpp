@@ -58,16 +58,16 @@ long QueltInGuid::parse(std::string_view text, QueltInGuid& guid) noexcept {
 
 QueltInString QueltInGuid::toString() const {
     constexpr std::string_view digits = "0123456789abcdef";
-    QueltInString::Text text;
-    text.reserve(s_textLength);
+    std::array<char, s_textLength> text{};
+    char* next = text.data();
     for (std::size_t position = 0; position < m_bytes.size(); ++position) {
         if (startsGroup(position)) {
-            text += '-';
+            *next++ = '-';
         }
-        text += digits[m_bytes[position] / 16U];
-        text += digits[m_bytes[position] % 16U];
+        *next++ = digits[m_bytes[position] / 16U];
+        *next++ = digits[m_bytes[position] % 16U];
     }
-    return QueltInString(std::move(text));
+    return {std::string_view(text.data(), text.size())};
 }
 
 QueltInObjectVal* QueltInGuid::clone(QueltInObjectVal* reuse) const {
