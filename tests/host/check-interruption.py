@@ -231,7 +231,7 @@ def check_kills(shop, killing, kills):
     print(f"check-interruption: {killing.kills} kills in {killing.rounds} runs of {len(shop.right)} bytes, "
           f"{killing.within} while answers were being added, {killing.torn} in the middle of a line; "
           f"{killing.late} runs ended before")
-    expect("killed: some kills hit while answers are added", killing.within > 0)
+    expect("killed: many kills hit while answers are added", killing.within >= max(1, killing.kills // 4))
     # The system may stop a write in the middle when it kills a program, the more so the busier it is. A program that wrote
     # at any place would be torn nearly every time.
     expect("killed: most kills leave whole lines", 2 * killing.torn <= max(killing.kills, 4))
