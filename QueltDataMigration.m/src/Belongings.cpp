@@ -6,7 +6,12 @@
 
 namespace quelt {
 
+Belongings::Belongings() : m_groups(QueltEeNodeRef::sType()) {}
+
 Belongings::~Belongings() {
+    for (QueltInObject* const group : m_groups.elements()) {
+        delete group;
+    }
     for (QueltInObject* const object : m_objects) {
         delete object;
     }
@@ -60,8 +65,10 @@ void Belongings::destroyUnfiled(QueltInObject* output) {
 }
 
 void Belongings::destroyGroup(QueltEeGroupOp& group) {
-    m_groups.erase(&group);
-    destroy(group.getNodeRef());
+    QueltEeNodeRef* const reference = group.getNodeRef();
+    if (m_groups.Remove(*reference) != 0) {
+        delete reference;
+    }
 }
 
 void Belongings::join(QueltEeGroupOp& group, QueltEeNode& node) {
@@ -75,13 +82,14 @@ void Belongings::join(QueltEeGroupOp& group, QueltEeNode& node) {
 QueltEeGroupOp& Belongings::makeGroup(bool isAnd) {
     QueltEeGroupOp* const group = isAnd ? static_cast<QueltEeGroupOp*>(new QueltEeAndOp)
                                         : static_cast<QueltEeGroupOp*>(new QueltEeOrOp);
-    add(group->getNodeRef()->takeFor(nullptr));
-    m_groups.insert(group);
+    QueltEeNodeRef* const reference = group->getNodeRef();
+    static_cast<void>(reference->takeFor(nullptr)); // it stands alone, so that it is taken itself
+    m_groups.Put(*reference);
     return *group;
 }
 
 QueltEeGroupOp& Belongings::makeExtensible(QueltEeGroupOp& group) {
-    if (m_groups.contains(&group)) {
+    if (m_groups.Find(*group.getNodeRef()) != 0) {
         return group;
     }
     QueltEeGroupOp& copy = makeGroup(group.isAnd());

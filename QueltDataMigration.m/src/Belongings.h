@@ -1,9 +1,7 @@
 #pragma once
 
-#include "infrastructure/QueltInMemory.h"
+#include "infrastructure/QueltInSet.h"
 #include "infrastructure/QueltInSmallVector.h"
-
-#include <unordered_set>
 
 class QueltEeGroupOp;
 class QueltEeNode;
@@ -16,7 +14,7 @@ namespace quelt {
 /// tree, copies of date criteria, operations. Deleted with the object, unless handed over before.
 class Belongings {
 public:
-    Belongings() = default;
+    Belongings();
     ~Belongings();
     Belongings(const Belongings&) = delete;
     Belongings& operator=(const Belongings&) = delete;
@@ -52,16 +50,13 @@ public:
     QueltEeGroupOp& makeExtensible(QueltEeGroupOp& group);
 
 private:
-    using Groups = std::unordered_set<const QueltEeNode*, std::hash<const QueltEeNode*>, std::equal_to<>,
-                                      QueltInAllocator<const QueltEeNode*>>;
-
     void add(QueltInObject* object);
     [[nodiscard]] bool isFiled(const QueltInObject* output) const;
 
-    QueltInSmallVector<QueltInObject*, 8>
-        m_objects; // what is handed over is nearly always the last that came
+    // What is handed over is nearly always the last that came: groups, which stay, stand apart.
+    QueltInSmallVector<QueltInObject*, 8> m_objects;
     QueltInSmallVector<const QueltInObject*, 4> m_filed;
-    Groups m_groups; // the nodes of the groups made here
+    QueltInSet m_groups; // their references
 };
 
 } // namespace quelt
