@@ -87,6 +87,7 @@ def other_table(figures):
                   mark(host["throughput"] >= 0.5)))
     lines.append(("work of two threads / of one", f"{host['two_threads']:.2f}", "at least 1.8",
                   mark(host["two_threads"] >= 1.8)))
+    lines.append(("work of two processes side by side / of one", f"{host['two_processes']:.2f}", "none", "-"))
     for one in figures["types"]:
         lines.append((f"type test / integer tag, {one['order']} order", f"{one['ratio']:.2f}", "at most 1.5",
                       mark(one["ratio"] <= 1.5)))

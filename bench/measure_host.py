@@ -43,12 +43,21 @@ class Host:
             subprocess.run([sys.executable, GENERATOR, *what], stdout=file, check=True)
         return path
 
-    def command(self, records, jobs):
-        return [self.arguments.migrate, "convert", "--context", self.context, records, "-o", self.answers,
+    def command(self, records, jobs, answers=None):
+        return [self.arguments.migrate, "convert", "--context", self.context, records, "-o", answers or self.answers,
                 "--jobs", str(jobs)]
 
     def convert(self, records, jobs=1):
         return run(self.command(records, jobs), stderr=subprocess.DEVNULL)
+
+    def convert_twice(self, records):
+        """Seconds that pass while two processes convert the records, each all of them: what two processors give."""
+        other = subprocess.Popen(self.command(records, 1, self.folder / "others.ndjson"), stderr=subprocess.DEVNULL)
+        start = time.monotonic()
+        self.convert(records)
+        if other.wait() != 0:
+            sys.exit("the other process failed")
+        return time.monotonic() - start
 
     def parse(self, records, answers):
         """Processor seconds of the program that only parses; it leaves out what it needs to begin with."""
@@ -60,19 +69,20 @@ class Host:
         self.convert(records)
         kept = self.folder / "kept.ndjson"
         self.answers.rename(kept)
-        conversions, parsings, ones, twos = [], [], [], []
+        conversions, parsings, ones, twos, apart = [], [], [], [], []
         for _ in range(self.arguments.rounds):
             conversion = self.convert(records)
             conversions.append(conversion["processor"])
             parsings.append(self.parse(records, kept))
             ones.append(conversion["elapsed"])
             twos.append(self.convert(records, jobs=2)["elapsed"])
+            apart.append(self.convert_twice(records))
         if not filecmp.cmp(kept, self.answers, shallow=False):
             sys.exit("two threads gave other answers than one")
         count = self.arguments.records
         return {"convert_us": min(conversions) / count * 1e6, "parse_us": min(parsings) / count * 1e6,
                 "throughput": min(parsings) / min(conversions),
-                "two_threads": min(ones) / min(twos),
+                "two_threads": min(ones) / min(twos), "two_processes": 2 * min(ones) / min(apart),
                 "bytes_in": records.stat().st_size / count, "bytes_out": kept.stat().st_size / count}
 
     def peaks(self):

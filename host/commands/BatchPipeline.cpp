@@ -8,17 +8,16 @@ namespace quelt::host {
 
 BatchPipeline::BatchPipeline(const MakeLineConverter& makeConverter, unsigned jobs, LineReader& input,
                              ByteSink& output, Progress& progress)
-    : m_makeConverter(makeConverter), m_jobs(jobs), m_input(input), m_output(output), m_progress(progress),
-      m_slots(jobs + 3U) {} // one being read, one being written, one in reserve
+    : m_makeConverter(makeConverter), m_jobs(jobs), m_output(output), m_progress(progress), m_input(input),
+      m_slots(jobs + 3U) {} // one a thread, and some that wait to be written
 
 RunResult BatchPipeline::run() {
     std::vector<std::thread> threads;
     guard([&] {
-        threads.emplace_back([this] { guard([this] { write(); }); });
-        for (unsigned job = 0; job < m_jobs; ++job) {
+        for (unsigned job = 1; job < m_jobs; ++job) {
             threads.emplace_back([this] { guard([this] { work(); }); });
         }
-        read();
+        work();
     });
     for (std::thread& thread : threads) {
         thread.join();
@@ -38,36 +37,31 @@ void BatchPipeline::guard(Step step) noexcept {
     }
 }
 
-void BatchPipeline::read() {
-    std::optional<StreamFailure> failure;
-    try {
-        for (std::uint64_t number = 0;; ++number) {
-            Slot* const slot = await(number, State::free);
-            if (slot == nullptr || !m_input.fill(slot->batch)) {
-                break;
-            }
-            const std::lock_guard lock(m_mutex);
-            slot->state = State::filled;
-            ++m_filled;
-            m_changed.notify_all();
-        }
-    } catch (const StreamFailure& reason) {
-        failure = reason;
-    }
-    const std::lock_guard lock(m_mutex);
-    if (failure) {
-        m_result.noteReadFailure(*failure);
-    }
-    m_isInputRead = true;
-    m_changed.notify_all();
-}
-
 void BatchPipeline::work() {
     const std::unique_ptr<LineConverter> converter = m_makeConverter();
-    while (Slot* const slot = awaitWork()) {
+    while (Slot* const slot = read()) {
         convert(*converter, *slot);
-        setState(*slot, State::converted);
+        finish(*slot);
     }
+}
+
+BatchPipeline::Slot* BatchPipeline::read() {
+    const std::lock_guard lock(m_inputMutex);
+    Slot* const slot = awaitRoom();
+    if (slot == nullptr) {
+        return nullptr;
+    }
+    try {
+        if (m_input.fill(slot->batch)) {
+            ++m_read;
+            slot->isFree = false;
+            return slot;
+        }
+        endInput(nullptr);
+    } catch (const StreamFailure& failure) {
+        endInput(&failure);
+    }
+    return nullptr;
 }
 
 void BatchPipeline::convert(LineConverter& converter, Slot& slot) {
@@ -82,54 +76,60 @@ void BatchPipeline::convert(LineConverter& converter, Slot& slot) {
     slot.failures = converter.takeFailures();
 }
 
-void BatchPipeline::write() {
-    try {
-        for (std::uint64_t number = 0;; ++number) {
-            Slot* const slot = await(number, State::converted);
-            if (slot == nullptr) {
-                return;
-            }
-            writeAnswers(*slot);
-            if (slot->isCut) {
-                break; // what was converted of later batches has a gap in front
-            }
-            setState(*slot, State::free);
-        }
-        const std::lock_guard lock(m_mutex);
-        m_result.isInterrupted = true;
-    } catch (const StreamFailure& failure) {
-        m_result.writeFailure = failure;
+void BatchPipeline::finish(Slot& converted) {
+    std::unique_lock lock(m_mutex);
+    converted.isConverted = true;
+    if (m_isWriting) {
+        return;
     }
-    stop(nullptr);
+    m_isWriting = true;
+    while (!m_isStopped && slotOf(m_written).isConverted) {
+        Slot& next = slotOf(m_written);
+        lock.unlock();
+        const bool goesOn = write(next);
+        lock.lock();
+        if (!goesOn) {
+            m_result.isInterrupted |= next.isCut;
+            lock.unlock();
+            stop(nullptr);
+            return;
+        }
+        next.isConverted = false;
+        next.isFree = true;
+        ++m_written;
+        m_hasRoom.notify_one();
+    }
+    m_isWriting = false;
 }
 
-void BatchPipeline::writeAnswers(Slot& slot) {
+bool BatchPipeline::write(Slot& slot) {
     m_progress.clearForAnswers();
-    m_output.write(slot.answers.view());
+    try {
+        m_output.write(slot.answers.view());
+    } catch (const StreamFailure& failure) {
+        m_result.writeFailure = failure;
+        return false;
+    }
     m_result.counts += slot.counts; // only what was written counts
     m_result.failures.add(slot.failures);
     m_progress.update(m_result.counts, slot.batch.endOfInput());
     slot.answers.clear();
+    return !slot.isCut; // what was converted of later batches has a gap in front
 }
 
-BatchPipeline::Slot* BatchPipeline::await(std::uint64_t number, State state) {
-    Slot& slot = m_slots[number % m_slots.size()];
+BatchPipeline::Slot* BatchPipeline::awaitRoom() {
     std::unique_lock lock(m_mutex);
-    m_changed.wait(
-        lock, [&] { return m_isStopped || slot.state == state || (m_isInputRead && number >= m_filled); });
-    return !m_isStopped && slot.state == state && !(m_isInputRead && number >= m_filled) ? &slot : nullptr;
+    Slot& slot = slotOf(m_read);
+    m_hasRoom.wait(lock, [&] { return m_isStopped || m_isInputRead || slot.isFree; });
+    return m_isStopped || m_isInputRead ? nullptr : &slot;
 }
 
-BatchPipeline::Slot* BatchPipeline::awaitWork() {
-    std::unique_lock lock(m_mutex);
-    m_changed.wait(lock, [&] { return m_isStopped || m_taken < m_filled || m_isInputRead; });
-    return !m_isStopped && m_taken < m_filled ? &m_slots[m_taken++ % m_slots.size()] : nullptr;
-}
-
-void BatchPipeline::setState(Slot& slot, State state) {
+void BatchPipeline::endInput(const StreamFailure* failure) {
     const std::lock_guard lock(m_mutex);
-    slot.state = state;
-    m_changed.notify_all();
+    m_isInputRead = true;
+    if (failure != nullptr) {
+        m_result.noteReadFailure(*failure);
+    }
 }
 
 void BatchPipeline::stop(std::exception_ptr error) {
@@ -138,7 +138,7 @@ void BatchPipeline::stop(std::exception_ptr error) {
     if (!m_error) {
         m_error = std::move(error);
     }
-    m_changed.notify_all();
+    m_hasRoom.notify_all();
 }
 
 } // namespace quelt::host

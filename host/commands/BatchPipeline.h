@@ -9,12 +9,13 @@
 
 namespace quelt::host {
 
-/// Runs a conversion on several threads. Batches go round in a ring: the calling thread fills the next free
-/// one, a worker converts it, the writer writes it when all before it are written, and it is free again. A
-/// lock is taken a few times for each batch, never for a record.
+/// Runs a conversion on several threads, of which the calling one is one. Each reads a batch, when nobody
+/// else reads, and converts it; whoever has converted the first that is not written writes that and those
+/// behind it that are ready. So a batch stays with its thread, and nobody waits but for room, when one batch
+/// takes longer than many. A lock is taken a few times for each batch, never for a record.
 class BatchPipeline {
 public:
-    /// See runConversion; `jobs` workers. `makeConverter` must outlive the pipeline.
+    /// See runConversion; `jobs` threads. `makeConverter` must outlive the pipeline.
     BatchPipeline(const MakeLineConverter& makeConverter, unsigned jobs, LineReader& input, ByteSink& output,
                   Progress& progress);
 
@@ -22,44 +23,49 @@ public:
     [[nodiscard]] RunResult run();
 
 private:
-    enum class State { free, filled, converted };
+    /// One place of the ring that batches go round in.
     struct Slot {
-        State state = State::free;
+        bool isFree = true;
+        bool isConverted = false;
+        bool isCut = false; // an interruption left lines without an answer
         LineBatch batch;
         TextBuffer answers;
         Counts counts;
         FailureTally failures;
-        bool isCut = false; // an interruption left lines without an answer
     };
 
-    void read();
-    void work();
-    void convert(LineConverter& converter, Slot& slot);
-    void write();
-    void writeAnswers(Slot& slot);
     /// Runs `step`; an exception ends the run, which throws it again.
     template <class Step>
     void guard(Step step) noexcept;
+    void work();
+    /// Reads the next batch. Null at the end.
+    [[nodiscard]] Slot* read();
+    void convert(LineConverter& converter, Slot& slot);
+    void finish(Slot& converted);
+    /// Writes the answers of a batch; false when nothing more is to be written.
+    [[nodiscard]] bool write(Slot& slot);
 
-    /// Waits until the batch `number` is in `state`. Null when that will never be.
-    [[nodiscard]] Slot* await(std::uint64_t number, State state);
-    /// The next batch that wants converting, or null at the end.
-    [[nodiscard]] Slot* awaitWork();
-    void setState(Slot& slot, State state);
+    [[nodiscard]] Slot& slotOf(std::uint64_t number) { return m_slots[number % m_slots.size()]; }
+    /// Waits until the next batch can be read. Null when the run ends before.
+    [[nodiscard]] Slot* awaitRoom();
+    void endInput(const StreamFailure* failure);
     void stop(std::exception_ptr error);
 
     const MakeLineConverter& m_makeConverter;
     unsigned m_jobs;
-    LineReader& m_input;
-    ByteSink& m_output;
+    ByteSink& m_output; // of whoever writes, as are the two that follow
     Progress& m_progress;
     RunResult m_result;
 
+    std::mutex m_inputMutex; // guards what follows; is taken before the other
+    LineReader& m_input;
+    std::uint64_t m_read = 0; // batches read so far
+
+    std::mutex m_mutex; // guards what follows, and the slots' states
     std::vector<Slot> m_slots;
-    std::mutex m_mutex; // guards what follows and the slots' states
-    std::condition_variable m_changed;
-    std::uint64_t m_filled = 0; // batches filled so far
-    std::uint64_t m_taken = 0;  // of those, batches that workers took
+    std::condition_variable m_hasRoom;
+    std::uint64_t m_written = 0; // batches written so far
+    bool m_isWriting = false;    // somebody is at it
     bool m_isInputRead = false;
     bool m_isStopped = false;
     std::exception_ptr m_error;

@@ -30,10 +30,10 @@ struct RunResult {
 
 /// Converts all records of `input`, one a line, and writes their answers to `output` in the same order.
 /// Reads, converts and writes in batches, of which few are in memory at a time, however long the input is.
-/// With `jobs` 1 everything happens on the calling thread; with more, so many threads convert, each with a
-/// converter of its own, and one more writes. When the program is asked to end, no further record is
-/// converted; the answers to those before are written. Whatever ends the run, `output` was given whole lines,
-/// in whole with each call.
+/// With `jobs` 1 everything happens on the calling thread; with more, it is one of so many threads, each with
+/// a converter of its own, which read and write in turn. When the program is asked to end, no further record
+/// is converted; the answers to those before are written. Whatever ends the run, `output` was given whole
+/// lines, in whole with each call.
 [[nodiscard]] RunResult runConversion(const MakeLineConverter& makeConverter, unsigned jobs,
                                       LineReader& input, ByteSink& output, Progress& progress);
 /// The same for an input from its beginning.

@@ -5,7 +5,7 @@ namespace quelt::host {
 /// While it exists, the signals that ask a program to end (SIGINT and SIGTERM; on Windows Ctrl-C and
 /// Ctrl-Break) are noted instead of ending it, so that it can end in order. The next one ends the program at
 /// once, unless it comes so soon that it is the same request sent twice. Signals that are ignored stay so.
-/// Belongs to the thread that reads; there is one at a time.
+/// There is one at a time.
 class InterruptionScope {
 public:
     InterruptionScope();
@@ -18,7 +18,7 @@ public:
 [[nodiscard]] int interruption() noexcept;
 
 #if defined(_WIN32)
-/// Around a call that may wait for input: an interruption ends the waiting.
+/// Around a call that may wait for input: an interruption ends the waiting. There is one at a time.
 class InterruptibleWait {
 public:
     InterruptibleWait() noexcept;

@@ -5,22 +5,33 @@
 
 #include <atomic>
 #include <csignal>
+#include <mutex>
+#include <utility>
 
 namespace quelt::host {
 
 namespace {
 
 std::atomic<int> s_interruption{0};
-std::atomic<bool> s_isWaiting{false};
-std::atomic<HANDLE> s_waitingThread{nullptr};
+std::mutex s_waitingMutex;
+HANDLE s_waitingThread = nullptr; // while there is one
+
+/// False when no thread waits for input; else its waiting is ended, if it has begun.
+bool endWaitingOnce() noexcept {
+    const std::lock_guard lock(s_waitingMutex);
+    if (s_waitingThread == nullptr) {
+        return false;
+    }
+    ::CancelSynchronousIo(s_waitingThread);
+    return true;
+}
 
 /// Ends the wait for input, as long as there is one. A thread that is about to wait does not do so yet: that
 /// is why it is told more than once.
 void endWaiting() noexcept {
     constexpr int attempts = 100;
     constexpr DWORD pause = 10; // milliseconds
-    for (int attempt = 0; attempt < attempts && s_isWaiting; ++attempt) {
-        ::CancelSynchronousIo(s_waitingThread);
+    for (int attempt = 0; attempt < attempts && endWaitingOnce(); ++attempt) {
         ::Sleep(pause);
     }
 }
@@ -44,16 +55,11 @@ BOOL WINAPI noteInterruption(DWORD event) {
 } // namespace
 
 InterruptionScope::InterruptionScope() {
-    HANDLE thread = nullptr;
-    ::DuplicateHandle(::GetCurrentProcess(), ::GetCurrentThread(), ::GetCurrentProcess(), &thread, 0, FALSE,
-                      DUPLICATE_SAME_ACCESS);
-    s_waitingThread = thread;
     ::SetConsoleCtrlHandler(noteInterruption, TRUE);
 }
 
 InterruptionScope::~InterruptionScope() {
     ::SetConsoleCtrlHandler(noteInterruption, FALSE);
-    ::CloseHandle(s_waitingThread.exchange(nullptr));
     s_interruption = 0;
 }
 
@@ -62,11 +68,18 @@ int interruption() noexcept {
 }
 
 InterruptibleWait::InterruptibleWait() noexcept {
-    s_isWaiting = true;
+    HANDLE thread = nullptr;
+    ::DuplicateHandle(::GetCurrentProcess(), ::GetCurrentThread(), ::GetCurrentProcess(), &thread, 0, FALSE,
+                      DUPLICATE_SAME_ACCESS);
+    const std::lock_guard lock(s_waitingMutex);
+    s_waitingThread = thread;
 }
 
 InterruptibleWait::~InterruptibleWait() {
-    s_isWaiting = false;
+    const std::lock_guard lock(s_waitingMutex);
+    if (s_waitingThread != nullptr) {
+        ::CloseHandle(std::exchange(s_waitingThread, nullptr));
+    }
 }
 
 } // namespace quelt::host
