@@ -169,17 +169,17 @@ void QueltInArena::letGoOfShares() noexcept {
 
 void* QueltInArena::take(std::size_t bytes) {
     // Blocks are multiples of the alignment, so what fits in the rest of one does so rounded up, too.
-    std::byte* memory = m_pNext;
-    if (bytes <= static_cast<std::size_t>(m_pEnd - m_pNext) && bytes > 0) {
-        m_pNext += roundedUp(bytes);
-    } else {
-        memory = takeFromNewBlock(bytes);
+    if (bytes > static_cast<std::size_t>(m_pEnd - m_pNext) || bytes == 0) {
+        return takeFromNewBlock(bytes);
     }
+    std::byte* const memory = m_pNext;
+    m_pNext += roundedUp(bytes);
     permit(memory, bytes);
     return memory;
 }
 
-std::byte* QueltInArena::takeFromNewBlock(std::size_t bytes) {
+// Not inlined, so that the usual way of allocating needs no stack.
+[[gnu::noinline]] std::byte* QueltInArena::takeFromNewBlock(std::size_t bytes) {
     if (bytes > std::numeric_limits<std::size_t>::max() / 2) {
         throw std::bad_alloc();
     }
@@ -187,6 +187,7 @@ std::byte* QueltInArena::takeFromNewBlock(std::size_t bytes) {
     if (room > m_nextBlockSize / 4) { // to itself, so that what is left of the current block is not lost
         std::byte* const memory = addBlock(room);
         m_bytesElsewhere += room;
+        permit(memory, bytes);
         return memory;
     }
     if (room > static_cast<std::size_t>(m_pEnd - m_pNext)) {
@@ -196,8 +197,10 @@ std::byte* QueltInArena::takeFromNewBlock(std::size_t bytes) {
         m_pEnd = first + m_nextBlockSize;
         m_nextBlockSize = std::min(m_nextBlockSize * 2, s_largestStep);
     }
+    std::byte* const memory = m_pNext;
     m_pNext += room;
-    return m_pNext - room;
+    permit(memory, bytes);
+    return memory;
 }
 
 std::byte* QueltInArena::addBlock(std::size_t size) {
