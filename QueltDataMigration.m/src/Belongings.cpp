@@ -6,10 +6,8 @@
 
 namespace quelt {
 
-Belongings::Belongings() : m_groups(QueltEeNodeRef::sType()) {}
-
 Belongings::~Belongings() {
-    for (QueltInObject* const group : m_groups.elements()) {
+    for (QueltEeNodeRef* const group : m_groups) {
         delete group;
     }
     for (QueltInObject* const object : m_objects) {
@@ -66,9 +64,8 @@ void Belongings::destroyUnfiled(QueltInObject* output) {
 
 void Belongings::destroyGroup(QueltEeGroupOp& group) {
     QueltEeNodeRef* const reference = group.getNodeRef();
-    if (m_groups.Remove(*reference) != 0) {
-        delete reference;
-    }
+    m_groups.erase(static_cast<std::uint32_t>(std::ranges::find(m_groups, reference) - m_groups.begin()));
+    delete reference;
 }
 
 void Belongings::join(QueltEeGroupOp& group, QueltEeNode& node) {
@@ -83,13 +80,13 @@ QueltEeGroupOp& Belongings::makeGroup(bool isAnd) {
     QueltEeGroupOp* const group = isAnd ? static_cast<QueltEeGroupOp*>(new QueltEeAndOp)
                                         : static_cast<QueltEeGroupOp*>(new QueltEeOrOp);
     QueltEeNodeRef* const reference = group->getNodeRef();
-    static_cast<void>(reference->takeFor(nullptr)); // it stands alone, so that it is taken itself
-    m_groups.Put(*reference);
+    static_cast<void>(reference->takeFor(&m_groupHolder)); // it stands alone, so that it is taken itself
+    m_groups.push_back(reference);
     return *group;
 }
 
 QueltEeGroupOp& Belongings::makeExtensible(QueltEeGroupOp& group) {
-    if (m_groups.Find(*group.getNodeRef()) != 0) {
+    if (group.getNodeRef()->getHolder() == &m_groupHolder) {
         return group;
     }
     QueltEeGroupOp& copy = makeGroup(group.isAnd());

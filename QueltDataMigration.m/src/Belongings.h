@@ -1,12 +1,9 @@
 #pragma once
 
-#include "infrastructure/QueltInSet.h"
+#include "expression/QueltEeLeaves.h"
 #include "infrastructure/QueltInSmallVector.h"
 
 class QueltEeGroupOp;
-class QueltEeNode;
-class QueltEeNodeRef;
-class QueltInObject;
 
 namespace quelt {
 
@@ -14,7 +11,7 @@ namespace quelt {
 /// tree, copies of date criteria, operations. Deleted with the object, unless handed over before.
 class Belongings {
 public:
-    Belongings();
+    Belongings() = default;
     ~Belongings();
     Belongings(const Belongings&) = delete;
     Belongings& operator=(const Belongings&) = delete;
@@ -56,7 +53,8 @@ private:
     // What is handed over is nearly always the last that came: groups, which stay, stand apart.
     QueltInSmallVector<QueltInObject*, 8> m_objects;
     QueltInSmallVector<const QueltInObject*, 4> m_filed;
-    QueltInSet m_groups; // their references
+    QueltInSmallVector<QueltEeNodeRef*, 4> m_groups;
+    QueltEeTrue m_groupHolder; // what holds a group tells those made here from the caller's
 };
 
 } // namespace quelt

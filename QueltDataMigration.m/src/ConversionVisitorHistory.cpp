@@ -10,6 +10,51 @@
 using quelt::conversion::findChildNode;
 using quelt::conversion::s_trace;
 
+namespace {
+
+/// The dates of one AND, or OR. A single one stands for itself, as it would after becomeIfSingleChild.
+template <class Group>
+class CollectedDates {
+public:
+    /// What is collected stays with `belongings`.
+    explicit CollectedDates(quelt::Belongings& belongings) noexcept : m_belongings(belongings) {}
+
+    void add(QueltEeNodeRef& date) {
+        if (m_pFirst == nullptr) {
+            m_pFirst = &date;
+            return;
+        }
+        if (m_pGroup == nullptr) {
+            makeGroup();
+            append(*m_pFirst);
+        }
+        append(date);
+    }
+    /// The only date, or the group over them.
+    [[nodiscard]] QueltEeNodeRef* reference() {
+        if (m_pGroup == nullptr && m_pFirst == nullptr) {
+            makeGroup();
+        }
+        return m_pGroup != nullptr ? m_pGroup->getNodeRef() : m_pFirst;
+    }
+
+private:
+    void makeGroup() {
+        m_pGroup = new Group;
+        m_belongings.keep(m_pGroup->getNodeRef());
+    }
+    void append(QueltEeNodeRef& date) {
+        m_belongings.handOver(&date);
+        m_pGroup->getChildren().PutBack(date);
+    }
+
+    quelt::Belongings& m_belongings;
+    QueltEeNodeRef* m_pFirst = nullptr;
+    Group* m_pGroup = nullptr;
+};
+
+} // namespace
+
 long QueltEeGenExprToEeMMExprVisitor::Steps::convertHistory(QueltEeAndOp& node) {
     bool wasAtRoot = false;
     long result = enterHistory(wasAtRoot);
@@ -80,8 +125,7 @@ long QueltEeGenExprToEeMMExprVisitor::Steps::takeHistoryChild(QueltEeNode& child
 
 template <class Group, class Join>
 long QueltEeGenExprToEeMMExprVisitor::Steps::collectHistory(Group& node, const Join& join) {
-    auto* const dates = new Group;
-    QueltEeNodeRef* const datesRef = m_visitor.m_pBelongings->keep(dates->getNodeRef());
+    CollectedDates<Group> dates(*m_visitor.m_pBelongings);
     long result = S_OK;
     auto children = node.getChildren().cBegin();
     while (QueltInObject* const element = children.GetGoToNext()) {
@@ -97,12 +141,10 @@ long QueltEeGenExprToEeMMExprVisitor::Steps::collectHistory(Group& node, const J
         }
         join(previousEV);
         if (QueltEeNodeRef* const date = std::exchange(m_visitor.m_p_History_ChildNodeRef, nullptr)) {
-            m_visitor.m_pBelongings->handOver(date);
-            dates->getChildren().PutBack(*date);
+            dates.add(*date);
         }
     }
-    m_visitor.m_p_History_ChildNodeRef = datesRef;
-    dates->becomeIfSingleChild();
+    m_visitor.m_p_History_ChildNodeRef = dates.reference();
     return result;
 }
 

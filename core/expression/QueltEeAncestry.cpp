@@ -1,5 +1,6 @@
 #include "expression/QueltEeTreeWalk.h"
 
+#include <optional>
 #include <unordered_set>
 #include <vector>
 
@@ -15,9 +16,19 @@ public:
         openChildren(upper);
     }
 
-    /// True when anything can stand above the node at all.
-    [[nodiscard]] static bool isHeld(const QueltEeNode& node) noexcept {
-        return node.m_pAliases != nullptr || (node.m_pRef != nullptr && node.m_pRef->m_pHolder != nullptr);
+    /// The answer where few nodes stand above the lower one, on a single way, as in a tree that is being
+    /// built; nothing where there are more.
+    [[nodiscard]] static std::optional<bool> climb(const QueltEeNode& upper,
+                                                   const QueltEeNode& lower) noexcept {
+        constexpr int few = 8;
+        const QueltEeNode* node = &lower;
+        for (int step = 0; step < few && node->m_pAliases == nullptr; ++step) {
+            node = node->m_pRef != nullptr ? node->m_pRef->m_pHolder : nullptr;
+            if (node == nullptr || node == &upper) {
+                return node != nullptr;
+            }
+        }
+        return std::nullopt;
     }
     /// True when the upper node stands above the lower one.
     [[nodiscard]] bool run() {
@@ -96,8 +107,9 @@ bool QueltEeNode::isAtOrAbove(const QueltEeNode& other) const {
     if (this == &other) {
         return true;
     }
-    if (!quelt::AncestrySearch::isHeld(other)) {
-        return false; // as a group that is being built
+    if (quelt::NodeChildren(*this).at(0) == nullptr) {
+        return false;
     }
-    return quelt::NodeChildren(*this).at(0) != nullptr && quelt::AncestrySearch(*this, other).run();
+    const std::optional<bool> found = quelt::AncestrySearch::climb(*this, other);
+    return found ? *found : quelt::AncestrySearch(*this, other).run();
 }

@@ -45,6 +45,8 @@ public:
     [[nodiscard]] bool ownsNode() const noexcept { return m_owns; }
     /// True until a group, a single operator or an expression takes the reference over.
     [[nodiscard]] bool standsAlone() const noexcept { return !m_isHeld; }
+    /// The node that holds the reference (see takeFor); null when it stands alone or an expression holds it.
+    [[nodiscard]] const QueltEeNode* getHolder() const noexcept { return m_pHolder; }
     /// What a new holder takes when it is given this reference: the reference itself when it stands alone,
     /// else a new alias of its node. What is taken is marked as held by `holder` (null for an expression) and
     /// is the holder's. Null, and nothing is taken, when there is no node.

@@ -1,4 +1,5 @@
 #include "expression/QueltEeOperators.h"
+#include "expression/QueltEeGenericExpression.h"
 
 #include "core/expression/ExpressionSamples.h"
 
@@ -87,6 +88,38 @@ TEST_F(QueltEeOperatorsTest, NothingBecomesItsOwnAncestor) {
     EXPECT_TRUE(root->standsAlone());
     EXPECT_EQ(top.addChild(bottom), S_OK); // below is not above
     EXPECT_EQ(textOf(*root), "AND(OR(NOT(AND(TRUE))), AND(TRUE))");
+}
+
+TEST_F(QueltEeOperatorsTest, NothingBecomesItsOwnAncestorHoweverFarAbove) {
+    constexpr std::size_t depth = 30;
+    const OwnedReference root = allOf();
+    const OwnedReference stranger = allOf(always());
+    std::vector<QueltEeGroupOp*> levels{&groupIn(*root)};
+    while (levels.size() < depth) {
+        auto* const next = new QueltEeAndOp;
+        ASSERT_EQ(levels.back()->addChild(*next), S_OK);
+        levels.push_back(next);
+        for (QueltEeGroupOp* const above : levels) {
+            EXPECT_EQ(next->addChild(*above), E_INVALIDARG);
+            EXPECT_EQ(next->isAtOrAbove(*above), above == next);
+        }
+        EXPECT_FALSE(stranger->getNode()->isAtOrAbove(*next));
+    }
+}
+
+TEST_F(QueltEeOperatorsTest, ReferencesKnowTheOperatorThatHoldsThem) {
+    OwnedReference group = allOf(notOf(always()));
+    const QueltEeNodeRef& operation = childOf(groupIn(*group), 0);
+    EXPECT_EQ(group->getHolder(), nullptr);
+    EXPECT_EQ(operation.getHolder(), group->getNode());
+    EXPECT_EQ(singleIn(operation).getChildRef()->getHolder(), operation.getNode());
+    const OwnedReference alias(QueltEeNodeRef::makeAlias(*operation.getNode()));
+    EXPECT_EQ(alias->getHolder(), nullptr);
+    groupIn(*group).removeChildren();
+    const OwnedReference alone(operation.getNode()->getNodeRef());
+    EXPECT_EQ(alone->getHolder(), nullptr);
+    QueltEeGenericExpression expression(group.get());
+    EXPECT_EQ(group.release()->getHolder(), nullptr);
 }
 
 TEST_F(QueltEeOperatorsTest, NothingBecomesItsOwnAncestorThroughAliases) {
