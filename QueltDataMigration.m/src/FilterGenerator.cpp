@@ -53,8 +53,8 @@ long FilterGenerator::run(QueltInMap& output) {
 
 long FilterGenerator::addVarEffs(const QueltQmSpecList& list) {
     auto criteria = list.getVarEffs().cBegin();
-    while (criteria.IsEnd() == 0) {
-        const long result = addVarEff(QueltEeVarEff::cast(criteria.GetValGoToNext()));
+    while (const QueltInMapEntry* const entry = criteria.GetEntryGoToNext()) {
+        const long result = addVarEff(entry->value);
         if (result < 0) {
             return result;
         }
@@ -62,9 +62,11 @@ long FilterGenerator::addVarEffs(const QueltQmSpecList& list) {
     return S_OK;
 }
 
-long FilterGenerator::addVarEff(QueltEeVarEff* criterion) {
+long FilterGenerator::addVarEff(QueltInObject* value) {
     m_trace.inform("There is at least one evolution/variant criteria");
-    if (criterion != nullptr && QueltEeDateEff::isObjectOfThisType(*criterion) != 0) {
+    const QueltInObjectTypeClass* const type = value != nullptr ? quelt::typeOf(*value) : nullptr;
+    auto* const criterion = QueltEeVarEff::isOfThisType(type) ? static_cast<QueltEeVarEff*>(value) : nullptr;
+    if (QueltEeDateEff::isOfThisType(type)) {
         return addDate(*criterion);
     }
     if (m_pCriteriaFilter == nullptr) {
@@ -76,7 +78,6 @@ long FilterGenerator::addVarEff(QueltEeVarEff* criterion) {
     if (criterion == nullptr) {
         return m_trace.fail("ERROR : Unexpected type of QueltEeVarEff into Filter.");
     }
-    const QueltInObjectTypeClass* const type = quelt::typeOf(*criterion);
     if (QueltEeSerialEff::isOfThisType(type)) {
         return addSerial(*criterion);
     }

@@ -11,6 +11,7 @@ class QueltEeFilterExpression;
 class QueltEeModelDico;
 class QueltEeVarEff;
 class QueltInMap;
+class QueltInObject;
 class QueltInSet;
 class QueltQmSpecList;
 
@@ -38,7 +39,7 @@ public:
 
 private:
     long addVarEffs(const QueltQmSpecList& list);
-    long addVarEff(QueltEeVarEff* criterion);
+    long addVarEff(QueltInObject* value);
     long addDate(const QueltEeVarEff& date);
     long addNamedEffectivities(const QueltQmSpecList& list);
     long takeDictionariesOf(const QueltEeEffectivity& named);

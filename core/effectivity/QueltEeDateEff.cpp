@@ -68,12 +68,12 @@ void putNumber(std::string& text, std::size_t position, std::size_t length, std:
     }
 }
 
-std::string formatTimeOfDay(std::int64_t seconds) {
-    std::string text(timeForm);
-    putNumber(text, 1, 2, seconds / 3600);
-    putNumber(text, 4, 2, seconds / 60 % 60);
-    putNumber(text, 7, 2, seconds % 60);
-    return text;
+void appendTimeOfDay(std::string& text, std::int64_t seconds) {
+    const std::size_t begin = text.size();
+    text += timeForm;
+    putNumber(text, begin + 1, 2, seconds / 3600);
+    putNumber(text, begin + 4, 2, seconds / 60 % 60);
+    putNumber(text, begin + 7, 2, seconds % 60);
 }
 
 /// Midnight of the first day of `year`.
@@ -120,7 +120,10 @@ std::string QueltEeDate::format(std::int64_t seconds) {
     putNumber(text, 5, 2, static_cast<unsigned int>(day.month()));
     putNumber(text, 8, 2, static_cast<unsigned int>(day.day()));
     const std::int64_t timeOfDay = seconds - std::int64_t{days.time_since_epoch().count()} * secondsPerDay;
-    return timeOfDay == 0 ? text : text + formatTimeOfDay(timeOfDay);
+    if (timeOfDay != 0) {
+        appendTimeOfDay(text, timeOfDay);
+    }
+    return text;
 }
 
 bool QueltEeDateEff::holdsFor(std::int64_t seconds) const {

@@ -24,7 +24,11 @@ long QueltQmSpecList::addVarEff(QueltEeVarEff*& effectivity) {
     if (effectivity == nullptr) {
         return E_POINTER;
     }
-    return m_varEffs.append(*effectivity);
+    if (QueltEeVarEff::isObjectOfThisType(*effectivity) == 0) {
+        return E_INVALIDARG;
+    }
+    m_varEffs.append(*effectivity);
+    return S_OK;
 }
 
 const QueltInMap& QueltQmSpecList::getVarEffs() const {

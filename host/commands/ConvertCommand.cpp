@@ -9,13 +9,14 @@ namespace quelt::host {
 namespace {
 
 std::string readContextFile(const std::string& path) {
+    std::string text;
     try {
-        std::string text = readAll(*openSource(path));
-        text.reserve(text.size() + simdjson::SIMDJSON_PADDING);
-        return text;
+        text = readAll(*openSource(path));
     } catch (const StreamFailure& failure) {
         throw Unusable("cannot read the context " + path + ": " + failure.what());
     }
+    text.reserve(text.size() + simdjson::SIMDJSON_PADDING);
+    return text;
 }
 
 std::unique_ptr<LoadedContext> loadContext(const std::string& path) {
