@@ -64,7 +64,11 @@ void Belongings::destroyUnfiled(QueltInObject* output) {
 
 void Belongings::destroyGroup(QueltEeGroupOp& group) {
     QueltEeNodeRef* const reference = group.getNodeRef();
-    m_groups.erase(static_cast<std::uint32_t>(std::ranges::find(m_groups, reference) - m_groups.begin()));
+    const auto* const found = std::ranges::find(m_groups, reference);
+    if (found == m_groups.end()) {
+        return;
+    }
+    m_groups.erase(static_cast<std::uint32_t>(found - m_groups.begin()));
     delete reference;
 }
 

@@ -38,7 +38,7 @@ public:
 
     /// A new AND, or OR, without children. It stays here: other groups get aliases of it.
     QueltEeGroupOp& makeGroup(bool isAnd);
-    /// Deletes `group`, which was made here.
+    /// Deletes `group` when it was made here.
     void destroyGroup(QueltEeGroupOp& group);
     /// Adds `node`, which stays whose it is, to `group`, which was made here.
     static void join(QueltEeGroupOp& group, QueltEeNode& node);
@@ -54,7 +54,8 @@ private:
     QueltInSmallVector<QueltInObject*, 8> m_objects;
     QueltInSmallVector<const QueltInObject*, 4> m_filed;
     QueltInSmallVector<QueltEeNodeRef*, 4> m_groups;
-    QueltEeTrue m_groupHolder; // what holds a group tells those made here from the caller's
+    // Stands for what holds the groups, and tells them from the caller's.
+    QueltEeTrue m_groupHolder;
 };
 
 } // namespace quelt

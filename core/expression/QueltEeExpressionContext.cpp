@@ -5,7 +5,6 @@
 #include "infrastructure/QueltInText.h"
 #include "infrastructure/QueltInTypedDefinition.h"
 
-#include <typeinfo>
 #include <utility>
 
 template class QueltInTyped<QueltEeExpressionContext, QueltInObject>;
@@ -36,46 +35,34 @@ void fill(QueltInSet& set, const QueltInMap& dictionaries) {
     }
 }
 
-/// Asks the elements of a set about one feature.
-class FeatureSearch {
-public:
-    FeatureSearch(const QueltInSet& dictionaries, const QueltEeDicoObject& feature)
-        : m_feature(feature), m_areDictionaries(typeid(dictionaries) == typeid(QueltInSet) &&
-                                                dictionaries.getElementType() == QueltEeModelDico::sType()) {}
+bool contains(const QueltInObject& dictionary, const QueltEeDicoObject& feature) {
+    const QueltEeModelDico* const model = QueltEeModelDico::cast(&dictionary);
+    return model != nullptr && model->containsFeature(feature);
+}
 
-    [[nodiscard]] bool isIn(const QueltInObject& dictionary) const {
-        const QueltEeModelDico* const model = m_areDictionaries
-                                                  ? static_cast<const QueltEeModelDico*>(&dictionary)
-                                                  : QueltEeModelDico::cast(&dictionary);
-        return model != nullptr && model->containsFeature(m_feature);
-    }
-
-private:
-    const QueltEeDicoObject& m_feature;
-    bool m_areDictionaries; // known without a look at each, as nearly always
-};
-
-bool isInAll(const QueltInSet& dictionaries, const FeatureSearch& search) {
+bool allContain(const QueltInSet& dictionaries, const QueltEeDicoObject& feature) {
     for (const QueltInObject* const dictionary : dictionaries.elements()) {
         if (dictionary == nullptr) {
             break;
         }
-        if (!search.isIn(*dictionary)) {
+        if (!contains(*dictionary, feature)) {
             return false;
         }
     }
     return true;
 }
 
-/// Moves what does not contain the feature from `possible` to `rejected`; the others keep their order. Not
-/// inlined: most features of an expression leave all where they are.
-[[gnu::noinline]] void sortOut(const FeatureSearch& search, QueltInSet& possible, QueltInSet& rejected) {
+/// Moves what does not contain `feature` from `possible` to `rejected`; the others keep their order.
+void sortOut(const QueltEeDicoObject& feature, QueltInSet& possible, QueltInSet& rejected) {
+    if (allContain(possible, feature)) {
+        return; // as most features of an expression leave it
+    }
     QueltInSmallVector<QueltInObject*, 8> kept;
     for (QueltInObject* const dictionary : possible.elements()) {
         if (dictionary == nullptr) {
             break;
         }
-        if (search.isIn(*dictionary)) {
+        if (contains(*dictionary, feature)) {
             kept.push_back(dictionary);
         } else {
             rejected.Put(*dictionary);
@@ -140,10 +127,7 @@ long QueltEeExpressionContext::GetSetOfMDsContainingFeature(const QueltEeDicoObj
     if (rejected == nullptr) {
         rejected = makeSet();
     }
-    const FeatureSearch search(*possible, feature);
-    if (!isInAll(*possible, search)) {
-        sortOut(search, *possible, *rejected);
-    }
+    sortOut(feature, *possible, *rejected);
     return possible->IsEmpty() != 0 ? 1 : 0;
 }
 

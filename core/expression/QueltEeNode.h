@@ -70,7 +70,8 @@ private:
     static void dispose(QueltEeNodeRef* reference) noexcept;
 
     QueltEeNode* m_pNode = nullptr;
-    QueltEeNode* m_pHolder = nullptr; // the operator that holds the reference, if one does
+    QueltEeNode* m_pHolder =
+        nullptr; // whom takeFor was called for: the operator that holds the reference, if one does
     // An alias: its neighbours among the aliases of the node. An owning reference: the next one of those that
     // wait to be deleted, and the next one of those whose holders are still to be told of a change.
     QueltEeNodeRef* m_pNext = nullptr;

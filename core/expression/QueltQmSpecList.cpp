@@ -24,11 +24,7 @@ long QueltQmSpecList::addVarEff(QueltEeVarEff*& effectivity) {
     if (effectivity == nullptr) {
         return E_POINTER;
     }
-    if (QueltEeVarEff::isObjectOfThisType(*effectivity) == 0) {
-        return E_INVALIDARG;
-    }
-    m_varEffs.append(*effectivity);
-    return S_OK;
+    return m_varEffs.append(*effectivity);
 }
 
 const QueltInMap& QueltQmSpecList::getVarEffs() const {

@@ -72,10 +72,14 @@ long QueltInMap::Put(const QueltInObjectVal& key, const QueltInObject& value) {
     return S_OK;
 }
 
-void QueltInMap::append(const QueltInObject& value) {
+long QueltInMap::append(const QueltInObject& value) {
+    if (!quelt::isAdmitted(m_pValueType, value)) {
+        return E_INVALIDARG;
+    }
     m_entries.reserve(std::size_t{m_entries.size()} + 1);
     m_entries.push_back({new QueltInIntHolder(m_countNumbered), const_cast<QueltInObject*>(&value)});
     ++m_countNumbered;
+    return S_OK;
 }
 
 QueltInObject* QueltInMap::Get(const QueltInObjectVal& key) const {

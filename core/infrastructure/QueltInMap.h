@@ -104,9 +104,8 @@ private:
     [[nodiscard]] bool isNumbered() const noexcept { return m_countNumbered == m_entries.size(); }
     [[nodiscard]] std::uint32_t find(const QueltInObjectVal& key) const;
     friend class QueltQmSpecList;
-    /// As Put with the number of entries for a key; all keys must number their entries, and `value` must be
-    /// of the declared class.
-    void append(const QueltInObject& value);
+    /// As Put with the number of entries for a key; all keys must number their entries.
+    long append(const QueltInObject& value);
 };
 
 /// Deletes the objects that `map` holds, then the map. Null is accepted. For whoever owns both.

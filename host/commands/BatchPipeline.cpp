@@ -2,23 +2,19 @@
 
 #include "platform/Interruption.h"
 
-#include <thread>
+#include <utility>
 
 namespace quelt::host {
 
 BatchPipeline::BatchPipeline(const MakeLineConverter& makeConverter, unsigned jobs, LineReader& input,
                              ByteSink& output, Progress& progress)
-    : m_makeConverter(makeConverter), m_jobs(jobs), m_output(output), m_progress(progress), m_input(input),
+    : m_makeConverter(makeConverter), m_jobs(jobs), m_input(input), m_output(output), m_progress(progress),
       m_slots(jobs + 3U) {} // one a thread, and some that wait to be written
 
 RunResult BatchPipeline::run() {
     std::vector<std::thread> threads;
-    guard([&] {
-        for (unsigned job = 1; job < m_jobs; ++job) {
-            threads.emplace_back([this] { guard([this] { work(); }); });
-        }
-        work();
-    });
+    startThreads(threads);
+    guard([this] { work(); });
     for (std::thread& thread : threads) {
         thread.join();
     }
@@ -37,6 +33,15 @@ void BatchPipeline::guard(Step step) noexcept {
     }
 }
 
+void BatchPipeline::startThreads(std::vector<std::thread>& threads) {
+    const std::lock_guard lock(m_inputMutex); // nothing is read, or written, before all are there
+    guard([&] {
+        for (unsigned job = 1; job < m_jobs; ++job) {
+            threads.emplace_back([this] { guard([this] { work(); }); });
+        }
+    });
+}
+
 void BatchPipeline::work() {
     const std::unique_ptr<LineConverter> converter = m_makeConverter();
     while (Slot* const slot = read()) {
@@ -47,20 +52,17 @@ void BatchPipeline::work() {
 
 BatchPipeline::Slot* BatchPipeline::read() {
     const std::lock_guard lock(m_inputMutex);
-    Slot* const slot = awaitRoom();
-    if (slot == nullptr) {
-        return nullptr;
-    }
     try {
-        if (m_input.fill(slot->batch)) {
-            ++m_read;
-            slot->isFree = false;
-            return slot;
+        Slot* const slot = m_isInputRead ? nullptr : awaitRoom();
+        if (slot != nullptr && m_input.fill(slot->batch)) {
+            return take(*slot);
         }
-        endInput(nullptr);
     } catch (const StreamFailure& failure) {
-        endInput(&failure);
+        noteReadFailure(failure);
+    } catch (...) {
+        stop(std::current_exception()); // what the reader has is not whole: nobody may read on
     }
+    m_isInputRead = true;
     return nullptr;
 }
 
@@ -95,9 +97,8 @@ void BatchPipeline::finish(Slot& converted) {
             return;
         }
         next.isConverted = false;
-        next.isFree = true;
         ++m_written;
-        m_hasRoom.notify_one();
+        m_hasRoom.notify_one(); // only the thread that reads waits
     }
     m_isWriting = false;
 }
@@ -119,17 +120,22 @@ bool BatchPipeline::write(Slot& slot) {
 
 BatchPipeline::Slot* BatchPipeline::awaitRoom() {
     std::unique_lock lock(m_mutex);
-    Slot& slot = slotOf(m_read);
-    m_hasRoom.wait(lock, [&] { return m_isStopped || m_isInputRead || slot.isFree; });
-    return m_isStopped || m_isInputRead ? nullptr : &slot;
+    m_hasRoom.wait(lock, [this] { return m_isStopped || m_read - m_written < m_slots.size(); });
+    return m_isStopped ? nullptr : &slotOf(m_read);
 }
 
-void BatchPipeline::endInput(const StreamFailure* failure) {
+BatchPipeline::Slot* BatchPipeline::take(Slot& slot) {
     const std::lock_guard lock(m_mutex);
-    m_isInputRead = true;
-    if (failure != nullptr) {
-        m_result.noteReadFailure(*failure);
+    if (m_isStopped) {
+        return nullptr;
     }
+    ++m_read;
+    return &slot;
+}
+
+void BatchPipeline::noteReadFailure(const StreamFailure& failure) {
+    const std::lock_guard lock(m_mutex);
+    m_result.noteReadFailure(failure);
 }
 
 void BatchPipeline::stop(std::exception_ptr error) {

@@ -232,6 +232,23 @@ protected:
     bool hasThrown = false;
 };
 
+/// Whether `answers` are those to the first records, in order, but for what they say of exhausted memory.
+void expectBeginning(const std::string& answers, const std::string& reference) {
+    EXPECT_TRUE(answers.empty() || answers.back() == '\n') << answers;
+    std::istringstream found(answers);
+    std::istringstream expected(reference);
+    std::string answer;
+    std::string right;
+    while (std::getline(found, answer)) {
+        ASSERT_TRUE(std::getline(expected, right)) << answer;
+        if (answer.find("out of memory") == std::string::npos) {
+            EXPECT_EQ(answer, right);
+        } else if (const std::size_t end = answer.find(','); answer.starts_with("{\"id\":")) {
+            EXPECT_EQ(answer.substr(0, end), right.substr(0, end));
+        }
+    }
+}
+
 TEST_P(ExhaustedRunTest, endsWithWholeAnswers) {
     const std::string reference =
         run([&] { return std::make_unique<RecordConverter>(*context, ConvertOptions{}); });
@@ -241,7 +258,7 @@ TEST_P(ExhaustedRunTest, endsWithWholeAnswers) {
         const std::string answers = run([&] { return std::make_unique<FailingConverter>(*context, number); });
         if (hasThrown) {
             ++thrown;
-            EXPECT_TRUE(answers.empty() || answers.back() == '\n') << answers;
+            expectBeginning(answers, reference);
         }
     }
     EXPECT_GT(thrown, 0);

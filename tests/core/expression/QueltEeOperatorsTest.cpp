@@ -101,9 +101,16 @@ TEST_F(QueltEeOperatorsTest, NothingBecomesItsOwnAncestorHoweverFarAbove) {
         levels.push_back(next);
         for (QueltEeGroupOp* const above : levels) {
             EXPECT_EQ(next->addChild(*above), E_INVALIDARG);
-            EXPECT_EQ(next->isAtOrAbove(*above), above == next);
+            EXPECT_TRUE(above->isAtOrAbove(*next));
         }
         EXPECT_FALSE(stranger->getNode()->isAtOrAbove(*next));
+    }
+    for (QueltEeGroupOp* const aliased : levels) { // from there on there are two ways up
+        const OwnedReference alias(QueltEeNodeRef::makeAlias(*aliased));
+        for (QueltEeGroupOp* const above : levels) {
+            EXPECT_TRUE(above->isAtOrAbove(*levels.back()));
+        }
+        EXPECT_FALSE(stranger->getNode()->isAtOrAbove(*levels.back()));
     }
 }
 

@@ -5,7 +5,9 @@
 #include "host/support/MemoryStreams.h"
 #include "host/support/Samples.h"
 
+#include <condition_variable>
 #include <gtest/gtest.h>
+#include <mutex>
 #include <sstream>
 
 namespace quelt::host {
@@ -203,6 +205,94 @@ TEST_F(ConversionRunTest, answersDoNotWaitForMoreInput) {
     WaitingSource source(sink);
     EXPECT_EQ(run(source, sink, 1).counts.converted, 5U);
     EXPECT_TRUE(source.isAnswered());
+}
+
+/// Counts the records that the converters of a run have answered, and who waits for that may.
+class Answered {
+public:
+    void note() {
+        const std::lock_guard lock(m_mutex);
+        ++m_count;
+        m_changed.notify_all();
+    }
+    void await(int count) {
+        std::unique_lock lock(m_mutex);
+        m_changed.wait(lock, [&] { return m_count >= count; });
+    }
+
+private:
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    int m_count = 0;
+};
+
+/// Answers records with their ids, the first one when as many others have been answered as fit beside it.
+class LateConverter : public LineConverter {
+public:
+    LateConverter(Answered& answered, int others) : m_answered(answered), m_others(others) {}
+
+private:
+    void convertRecord(simdjson::dom::element root, Counts& counts) override {
+        const std::string_view id = RecordReader::findId(root).value();
+        if (id == "0") {
+            m_answered.await(m_others);
+        }
+        m_writer.text(id);
+        ++counts.converted;
+        m_answered.note();
+    }
+
+    Answered& m_answered;
+    int m_others;
+};
+
+TEST_F(ConversionRunTest, laterBatchesWaitForAnEarlierOne) {
+    constexpr int count = 200;
+    const std::string text = manyRecords(count);
+    std::string expected;
+    for (int number = 0; number < count; ++number) {
+        expected += "\"" + std::to_string(number) + "\"\n";
+    }
+    for (const unsigned jobs : {2U, 5U}) {
+        Answered answered;
+        TextSource source(text, 1); // each record is a batch
+        TextSink sink;
+        Console console{.input = source, .output = sink, .messages = messages};
+        Progress progress(console, std::nullopt);
+        const int others = static_cast<int>(jobs) + 2;
+        const RunResult result = runConversion(
+            [&] { return std::make_unique<LateConverter>(answered, others); }, jobs, source, sink, progress);
+        EXPECT_EQ(result.counts.records(), 200U);
+        EXPECT_EQ(sink.text(), expected) << jobs;
+    }
+}
+
+/// Reads well for a while, and then fails otherwise than streams do.
+class BrokenSource : public TextSource {
+public:
+    using TextSource::TextSource;
+    std::size_t read(char* data, std::size_t size) override {
+        if (++m_reads == 20) {
+            throw std::bad_alloc();
+        }
+        return TextSource::read(data, size);
+    }
+
+private:
+    int m_reads = 0;
+};
+
+TEST_F(ConversionRunTest, nobodyReadsOnBehindAFailure) {
+    const std::string text = manyRecords(2'000);
+    TextSource all(text);
+    TextSink expected;
+    static_cast<void>(run(all, expected, 1));
+    for (const unsigned jobs : {2U, 5U}) {
+        BrokenSource source(text, 100);
+        TextSink sink;
+        EXPECT_THROW((void)run(source, sink, jobs), std::bad_alloc);
+        EXPECT_TRUE(expected.text().starts_with(sink.text())) << jobs;
+    }
 }
 
 } // namespace
