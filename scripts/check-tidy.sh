@@ -5,8 +5,8 @@
 set -euo pipefail
 
 cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.."
-if ! command -v run-clang-tidy-14 >/dev/null; then
-    echo "check-tidy: clang-tidy 14 is missing (package clang-tidy-14)" >&2
+if ! command -v run-clang-tidy-16 >/dev/null; then
+    echo "check-tidy: clang-tidy 16 is missing (package clang-tidy-16)" >&2
     exit 2
 fi
 
@@ -14,5 +14,5 @@ fi
 cmake --preset debug >/dev/null
 mkdir -p build/tidy
 sed 's/ -fno-gnu-unique / /g' build/debug/compile_commands.json >build/tidy/compile_commands.json
-run-clang-tidy-14 -quiet -p build/tidy -extra-arg=-Wno-unknown-warning-option \
+run-clang-tidy-16 -quiet -p build/tidy -extra-arg=-Wno-unknown-warning-option \
     "${1:-^$PWD/(core|QueltDataMigration[.]m|host)/}"

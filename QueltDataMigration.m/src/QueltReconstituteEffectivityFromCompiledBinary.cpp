@@ -18,6 +18,7 @@ template class QueltInTyped<Element, QueltInObject>;
 Element::OperationStackElement() = default;
 Element::OperationStackElement(const OperationStackElement& other) = default;
 Element::OperationStackElement(OperationStackElement&& other) noexcept
+    // NOLINTNEXTLINE(performance-move-constructor-init): there is nothing in it that could be moved
     : OperationStackElement(static_cast<const OperationStackElement&>(other)) {}
 Element::~OperationStackElement() = default;
 Element& Element::operator=(const OperationStackElement& other) = default;

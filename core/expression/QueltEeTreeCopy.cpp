@@ -48,7 +48,7 @@ private:
         if (copy == nullptr || copy->getNode() == nullptr || putBelow(above, *copy) < 0) {
             return false;
         }
-        copy.release();
+        static_cast<void>(copy.release()); // the operator's
         return true;
     }
 
@@ -89,8 +89,8 @@ private:
     QueltInSmallVector<Open, 8> m_open; // the innermost last
 };
 
-QueltEeNodeRef* cloneTree(const QueltEeNode& root) {
-    return NodeChildren(root).isOperator() ? TreeCopier().copy(root).release() : nullptr;
+QueltEeNodeRef* cloneTree(const QueltEeNode& node) {
+    return NodeChildren(node).isOperator() ? TreeCopier().copy(node).release() : nullptr;
 }
 
 } // namespace quelt

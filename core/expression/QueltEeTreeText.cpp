@@ -18,9 +18,9 @@ const char* nameOf(const QueltEeNode& node) {
 
 } // namespace
 
-QueltInString describeTree(const QueltEeNode& root) {
+QueltInString describeTree(const QueltEeNode& node) {
     TextBuilder text;
-    for (TreeWalk walk(root); walk.next();) {
+    for (TreeWalk walk(node); walk.next();) {
         if (walk.stop() == TreeWalk::Stop::leave) {
             text << ")";
             continue;
@@ -32,8 +32,8 @@ QueltInString describeTree(const QueltEeNode& root) {
             text << "null";
         } else if (walk.atOperator()) {
             text << nameOf(walk.node()) << "(";
-        } else if (&walk.node() == &root) {
-            text << root.dType()->getName();
+        } else if (&walk.node() == &node) {
+            text << node.dType()->getName();
         } else {
             text << walk.node().toString().view();
         }

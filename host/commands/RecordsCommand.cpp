@@ -86,7 +86,7 @@ public:
     explicit Answers(ByteSink& sink) : m_sink(sink) {}
     explicit Answers(std::unique_ptr<ByteSink> sink) : m_owned(std::move(sink)), m_sink(*m_owned) {}
     /// Into a file; a part that is there is gone on with when it `isKept`.
-    Answers(std::unique_ptr<AnswersFile> file, std::string place, bool isKept)
+    Answers(std::unique_ptr<AnswersFile> file, const std::string& place, bool isKept)
         : m_owned(std::move(file)), m_sink(*m_owned), m_file(static_cast<AnswersFile*>(m_owned.get())),
           m_path(AnswersFile::partOf(place)), m_kept(isKept ? m_file->lines() : nullptr) {}
     /// In the file at `place`, which is complete.

@@ -11,7 +11,7 @@ namespace quelt::host {
 class ProgramScope {
 public:
     ProgramScope();
-    ~ProgramScope();
+    ~ProgramScope(); // NOLINT(performance-trivially-destructible): not everywhere
     ProgramScope(const ProgramScope&) = delete;
     ProgramScope& operator=(const ProgramScope&) = delete;
 
