@@ -65,8 +65,8 @@ private:
 
     ByteSink& m_output; // of whoever writes, like the next one
     Progress& m_progress;
-    RunResult
-        m_result; // counts and writing failure are the writer's, what ends the run is guarded by the mutex
+    // Counts and writing failure are of whoever writes, too; the mutex below guards what else ends a run.
+    RunResult m_result;
 
     std::mutex m_mutex; // guards what follows, and which slots are converted
     std::vector<Slot> m_slots;

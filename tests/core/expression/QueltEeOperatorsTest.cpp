@@ -1,4 +1,5 @@
 #include "expression/QueltEeOperators.h"
+
 #include "expression/QueltEeGenericExpression.h"
 
 #include "core/expression/ExpressionSamples.h"

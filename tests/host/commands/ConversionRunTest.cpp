@@ -5,10 +5,13 @@
 #include "host/support/MemoryStreams.h"
 #include "host/support/Samples.h"
 
+#include <chrono>
 #include <condition_variable>
+#include <exception>
 #include <gtest/gtest.h>
 #include <mutex>
 #include <sstream>
+#include <thread>
 
 namespace quelt::host {
 namespace {
@@ -267,19 +270,32 @@ TEST_F(ConversionRunTest, laterBatchesWaitForAnEarlierOne) {
     }
 }
 
-/// Reads well for a while, and then fails otherwise than streams do.
+/// Reads well for a while, fails once otherwise than streams do, and notes whether it is asked again.
 class BrokenSource : public TextSource {
 public:
     using TextSource::TextSource;
     std::size_t read(char* data, std::size_t size) override {
-        if (++m_reads == 20) {
+        if (++m_reads == s_sound + 1) {
             throw std::bad_alloc();
         }
         return TextSource::read(data, size);
     }
+    [[nodiscard]] bool isReadOn() const { return m_reads > s_sound + 1; }
 
 private:
+    static constexpr int s_sound = 20;
     int m_reads = 0;
+};
+
+/// Takes its time to go when an exception passes, so that others might read on meanwhile.
+class SlowToGo : public RecordConverter {
+public:
+    using RecordConverter::RecordConverter;
+    ~SlowToGo() override {
+        if (std::uncaught_exceptions() > 0) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        }
+    }
 };
 
 TEST_F(ConversionRunTest, nobodyReadsOnBehindAFailure) {
@@ -290,7 +306,11 @@ TEST_F(ConversionRunTest, nobodyReadsOnBehindAFailure) {
     for (const unsigned jobs : {2U, 5U}) {
         BrokenSource source(text, 100);
         TextSink sink;
-        EXPECT_THROW((void)run(source, sink, jobs), std::bad_alloc);
+        Console console{.input = source, .output = sink, .messages = messages};
+        Progress progress(console, std::nullopt);
+        const MakeLineConverter make = [&] { return std::make_unique<SlowToGo>(*context, ConvertOptions{}); };
+        EXPECT_THROW((void)runConversion(make, jobs, source, sink, progress), std::bad_alloc);
+        EXPECT_FALSE(source.isReadOn()) << jobs;
         EXPECT_TRUE(expected.text().starts_with(sink.text())) << jobs;
     }
 }
