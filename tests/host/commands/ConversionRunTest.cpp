@@ -5,6 +5,7 @@
 #include "host/support/MemoryStreams.h"
 #include "host/support/Samples.h"
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <exception>
@@ -210,7 +211,7 @@ TEST_F(ConversionRunTest, answersDoNotWaitForMoreInput) {
     EXPECT_TRUE(source.isAnswered());
 }
 
-/// Counts the records that the converters of a run have answered, and who waits for that may.
+/// Counts what happens on one thread, for another that waits for it.
 class Answered {
 public:
     void note() {
@@ -313,6 +314,67 @@ TEST_F(ConversionRunTest, nobodyReadsOnBehindAFailure) {
         EXPECT_FALSE(source.isReadOn()) << jobs;
         EXPECT_TRUE(expected.text().starts_with(sink.text())) << jobs;
     }
+}
+
+/// Counts the records that are converted.
+class CountingConverter : public LineConverter {
+public:
+    explicit CountingConverter(std::atomic<int>& count) : m_count(count) {}
+
+private:
+    void convertRecord(simdjson::dom::element root, Counts& counts) override {
+        m_writer.text(RecordReader::findId(root).value());
+        ++counts.converted;
+        ++m_count;
+    }
+
+    std::atomic<int>& m_count;
+};
+
+/// Refuses what is written, and notes that.
+class RefusingSink : public ByteSink {
+public:
+    explicit RefusingSink(Answered& refusals) : m_refusals(refusals) {}
+    void write(std::string_view /*bytes*/) override {
+        m_refusals.note();
+        throw StreamFailure(EPIPE);
+    }
+
+private:
+    Answered& m_refusals;
+};
+
+/// Gives a record, and the next one a while after what came of the first was refused.
+class LateSource : public TextSource {
+public:
+    LateSource(std::string_view text, std::size_t piece, Answered& refusals)
+        : TextSource(text, piece), m_refusals(refusals) {}
+    std::size_t read(char* data, std::size_t size) override {
+        if (++m_reads == 2) {
+            m_refusals.await(1);
+            std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        }
+        return TextSource::read(data, size);
+    }
+
+private:
+    Answered& m_refusals;
+    int m_reads = 0;
+};
+
+TEST_F(ConversionRunTest, whatIsReadBehindTheEndIsNotConverted) {
+    const std::string record = "{\"id\":\"x\",\"tree\":true}\n";
+    const std::string text = test::repeated(record, 2);
+    Answered refusals;
+    std::atomic<int> count = 0;
+    LateSource source(text, record.size(), refusals);
+    RefusingSink sink(refusals);
+    Console console{.input = source, .output = sink, .messages = messages};
+    Progress progress(console, std::nullopt);
+    const RunResult result =
+        runConversion([&] { return std::make_unique<CountingConverter>(count); }, 2, source, sink, progress);
+    EXPECT_TRUE(result.writeFailure.has_value());
+    EXPECT_EQ(count, 1);
 }
 
 } // namespace
